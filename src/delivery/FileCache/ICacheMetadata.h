@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "delivery/FileCache/CacheMetadataEntry.h"
+
+namespace zentrel::vistabase::ardelivery {
+
+/// The records of all entries by name, with the running total of their sizes. Names are as their
+/// files are named, that is escaped. Operations on an absent name do nothing, except lockEntry.
+class ICacheMetadata {
+ public:
+  virtual ~ICacheMetadata() = default;
+
+  /// Bytes. Sums wrap around: a metadata file may carry any sizes.
+  virtual std::int64_t getTotalSize() const = 0;
+
+  /// Locks the record, or adds a locked one of size 0, accessed now. The access time of an
+  /// existing record stays.
+  virtual void lockEntry(const std::string& name) = 0;
+  virtual void unlockEntry(const std::string& name) = 0;
+  virtual void setEntrySize(const std::string& name, std::int64_t size) = 0;
+
+  /// Sets the last access to now.
+  virtual void touchEntry(const std::string& name) = 0;
+  virtual bool hasEntry(const std::string& name) const = 0;
+  virtual void removeEntry(const std::string& name) = 0;
+  virtual void clearEntries() = 0;
+
+  /// A copy of every record, in no particular order.
+  virtual std::vector<std::pair<std::string, CacheMetadataEntry>> getEntries() const = 0;
+};
+
+}  // namespace zentrel::vistabase::ardelivery

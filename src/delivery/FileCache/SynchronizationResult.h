@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "delivery/FileCache/ICacheMetadata.h"
+
+namespace zentrel::vistabase::ardelivery {
+
+struct SynchronizationResult {
+  std::unique_ptr<ICacheMetadata> metadata;  ///< What to use from now on; never null.
+  bool changed;                              ///< Whether it differs from what was passed in.
+};
+
+}  // namespace zentrel::vistabase::ardelivery

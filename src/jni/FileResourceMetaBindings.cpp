@@ -1,0 +1,42 @@
+#include "jni/FileResourceMetaBindings.h"
+
+#include <memory>
+
+#include "platform/zentreljni/HybridData.h"
+#include "platform/zentreljni/JByteBuffer.h"
+#include "platform/zentreljni/Lookup.h"
+#include "platform/zentreljni/NativeMethods.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+constexpr const char* kClass = "com/zentrel/vistabase/assets/tesselcache/ARDFileResourceMeta";
+
+class FileResourceMetaHybrid final : public jni::HybridBase {
+ public:
+  explicit FileResourceMetaHybrid(const FileCacheEntryMeta& meta) : meta_(meta) {}
+
+  /// A buffer with bytes of its own: callers keep it longer than the meta.
+  jni::LocalRef<jobject> getExtra() {
+    return jni::JByteBuffer::wrapBytes(meta_.extra.data(), meta_.extra.size());
+  }
+
+ private:
+  const FileCacheEntryMeta meta_;
+};
+
+}  // namespace
+
+jni::LocalRef<jobject> newFileResourceMeta(const FileCacheEntryMeta& meta) {
+  static const jni::JavaConstructor constructor(kClass, "(Lcom/zentrel/jni/HybridData;)V");
+  const auto hybridData = jni::HybridData::own(std::make_unique<FileResourceMetaHybrid>(meta));
+  return constructor(hybridData.get());
+}
+
+void registerFileResourceMetaNatives() {
+  jni::registerNatives(kClass, {
+      {"getExtra", "()Ljava/nio/ByteBuffer;", jni::native<&FileResourceMetaHybrid::getExtra>},
+  });
+}
+
+}  // namespace zentrel::vistabase::ardelivery

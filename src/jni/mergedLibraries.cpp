@@ -1,0 +1,20 @@
+#include "jni/mergedLibraries.h"
+
+#include "jni/FileCacheBindings.h"
+#include "jni/FileResourceMetaBindings.h"
+
+namespace zentrel::jni {
+namespace {
+
+using namespace zentrel::vistabase::ardelivery;
+
+[[gnu::section("pre_merge_jni_libraries"), gnu::used]] const MergedLibrary rows[] = {
+    {"jni_lib_merge-stub", nullptr},
+    {"libfacetracker-model-cache-native-android.so", &loadFacetrackerModelCacheLibrary},
+    {"libsegmentation-model-cache-native-android.so", &loadSegmentationModelCacheLibrary},
+    {"libardcache-jni.so", &mergedLibraryOnLoad<&registerFileResourceMetaNatives>},
+    {"liblmardcache-jni.so", &mergedLibraryOnLoad<&registerFileCacheNatives>},
+};
+
+}  // namespace
+}  // namespace zentrel::jni

@@ -1,0 +1,40 @@
+#pragma once
+
+/// The soft-error sink: the one way in which the library reports a failure that it survives.
+namespace softerror {
+
+/// How bad a report is. The numbers are what a sink sees and stores; they are not to change.
+enum class Severity : int {
+  Recoverable = 1,  ///< An operation failed and gave its neutral result.
+  Assertion = 2,    ///< A promise of the code itself was broken.
+};
+
+/// One report, valid only during the call of the sink. No pointer is null.
+struct Report {
+  const char* file;
+  const char* function;
+  int line;
+  Severity severity;
+  const char* category;
+  const char* format;   ///< The printf-style format, as the reporting code gave it.
+  const char* message;  ///< The formatted message.
+};
+
+/// Receives reports, on the thread that reports. An exception that it throws is dropped.
+using Sink = void (*)(const Report& report);
+
+/// Writes a report where the platform keeps its log: the system log on Android, elsewhere one line
+/// on standard error.
+void platformSink(const Report& report);
+
+/// Sends all further reports to `sink`, or to `platformSink` when it is null. Returns the sink that
+/// was in place. May be called from any thread.
+Sink setSink(Sink sink) noexcept;
+
+/// Formats a report and hands it to the sink. Never throws, whatever the arguments: a null text is
+/// replaced by "(null)", a format that cannot be formatted is reported as it stands.
+void printSoftError(const char* file, const char* function, int line, Severity severity,
+                    const char* category, const char* format, ...) noexcept
+    __attribute__((format(printf, 6, 7)));
+
+}  // namespace softerror

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "platform/zentreljni/Exceptions.h"
+#include "platform/zentreljni/HybridData.h"
+#include "platform/zentreljni/JByteArray.h"
+#include "platform/zentreljni/JString.h"
+
+namespace zentrel::jni {
+
+/// How a native type crosses the border. A specialisation has
+///   Jni                   the JNI type
+///   fromJni(value, name)  the native value of the argument of that name, or
+///   toJni(value)          the JNI value of a result: a number or a LocalRef
+/// A null argument raises java.lang.NullPointerException with the argument's name.
+template <class T, class = void>
+struct Convert;
+
+/// Numbers pass as they are.
+template <class T, class JniType>
+struct ConvertNumber {
+  using Jni = JniType;
+  static T fromJni(Jni value, const char* /*name*/) noexcept { return static_cast<T>(value); }
+  static Jni toJni(T value) noexcept { return static_cast<Jni>(value); }
+};
+
+template <>
+struct Convert<std::int32_t> : ConvertNumber<std::int32_t, jint> {};
+template <>
+struct Convert<std::int64_t> : ConvertNumber<std::int64_t, jlong> {};
+template <>
+struct Convert<bool> : ConvertNumber<bool, jboolean> {};
+
+template <>
+struct Convert<std::string> {
+  using Jni = jstring;
+  static std::string fromJni(Jni value, const char* name) {
+    requireNonNull(value, name);
+    return JString::toStdString(value);
+  }
+  static LocalRef<jstring> toJni(const std::string& value) { return make_jstring(value); }
+};
+
+template <>
+struct Convert<std::vector<std::uint8_t>> {
+  using Jni = jbyteArray;
+  static std::vector<std::uint8_t> fromJni(Jni value, const char* name) {
+    requireNonNull(value, name);
+    return JByteArray::toVector(value);
+  }
+};
+
+/// A result that is a managed object already.
+template <class T>
+struct Convert<LocalRef<T>> {
+  using Jni = T;
+  static LocalRef<T> toJni(LocalRef<T> value) noexcept { return value; }
+};
+
+/// A new peer goes out inside a new HybridData.
+template <class Peer>
+struct Convert<std::unique_ptr<Peer>> {
+  using Jni = jobject;
+  static LocalRef<jobject> toJni(std::unique_ptr<Peer> peer) {
+    return HybridData::own(std::move(peer));
+  }
+};
+
+/// A managed hybrid object comes in as its peer.
+template <class Peer>
+struct Convert<Peer, std::enable_if_t<std::is_base_of_v<HybridBase, Peer>>> {
+  using Jni = jobject;
+  static Peer& fromJni(Jni value, const char* name) {
+    requireNonNull(value, name);
+    return peerOf<Peer>(value);
+  }
+};
+
+}  // namespace zentrel::jni

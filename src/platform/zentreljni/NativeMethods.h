@@ -1,0 +1,124 @@
+#pragma once
+
+#include <jni.h>
+
+#include <initializer_list>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "platform/zentreljni/Convert.h"
+#include "platform/zentreljni/Environment.h"
+#include "platform/zentreljni/Exceptions.h"
+
+/// Natives out of plain C++ functions. A table row names the managed method and the C++ function;
+/// the conversion of arguments and result, the search for the peer and the catch-all come with it:
+///
+///   registerNatives("com/example/Counter", {
+///       {"initHybrid", "(J)Lcom/zentrel/jni/HybridData;", native<&makeCounter, kStart>},
+///       {"add", "(J)J", native<&Counter::add, kAmount>},
+///   });
+///
+/// After the function come the names of its arguments, as `constexpr char[]`.
+namespace zentrel::jni {
+
+struct NativeMethod {
+  const char* name;
+  const char* descriptor;
+  void* function;
+};
+
+/// Registers natives on a managed class; throws PendingJavaException when that fails.
+void registerNatives(const char* className, std::initializer_list<NativeMethod> methods);
+
+namespace detail {
+
+template <class T>
+using ConvertOf = Convert<std::decay_t<T>>;
+
+/// Runs the body of a native: no exception gets past here.
+template <class Result, class Body>
+Result runNative(JNIEnv* env, const Body& body) noexcept {
+  const JniEnvCacher cacher(env);
+  try {
+    return body();
+  } catch (...) {
+    translatePendingCppExceptionToJavaException();
+    return Result();
+  }
+}
+
+template <class Result>
+struct JniResult {
+  using Type = typename ConvertOf<Result>::Jni;
+
+  template <class Call>
+  static Type of(const Call& call) {
+    auto result = ConvertOf<Result>::toJni(call());
+    if constexpr (std::is_arithmetic_v<decltype(result)>) {
+      return result;
+    } else {
+      return static_cast<Type>(result.release());
+    }
+  }
+};
+
+template <>
+struct JniResult<void> {
+  using Type = void;
+
+  template <class Call>
+  static void of(const Call& call) {
+    call();
+  }
+};
+
+/// Converts the arguments in their order, so that the first bad one is the one reported.
+template <class... Arguments>
+auto convertArguments(std::pair<typename ConvertOf<Arguments>::Jni, const char*>... arguments) {
+  return std::tuple<decltype(ConvertOf<Arguments>::fromJni(arguments.first, nullptr))...>{
+      ConvertOf<Arguments>::fromJni(arguments.first, arguments.second)...};
+}
+
+template <auto Function, class Signature, const char*... Names>
+struct Native;
+
+template <auto Function, class Result, class... Arguments, const char*... Names>
+struct Native<Function, Result (*)(Arguments...), Names...> {
+  static_assert(sizeof...(Arguments) == sizeof...(Names), "one name per argument");
+  using JniType = typename JniResult<Result>::Type;
+
+  static JniType call(JNIEnv* env, jclass, typename ConvertOf<Arguments>::Jni... values) noexcept {
+    return runNative<JniType>(env, [&] {
+      auto arguments = convertArguments<Arguments...>({values, Names}...);
+      return JniResult<Result>::of([&] { return std::apply(Function, std::move(arguments)); });
+    });
+  }
+};
+
+template <auto Function, class Peer, class Result, class... Arguments, const char*... Names>
+struct Native<Function, Result (Peer::*)(Arguments...), Names...> {
+  static_assert(sizeof...(Arguments) == sizeof...(Names), "one name per argument");
+  using JniType = typename JniResult<Result>::Type;
+
+  static JniType call(JNIEnv* env, jobject self,
+                      typename ConvertOf<Arguments>::Jni... values) noexcept {
+    return runNative<JniType>(env, [&] {
+      auto arguments = convertArguments<Arguments...>({values, Names}...);
+      Peer& peer = peerOf<Peer>(self);
+      return JniResult<Result>::of([&] {
+        return std::apply(Function, std::tuple_cat(std::tie(peer), std::move(arguments)));
+      });
+    });
+  }
+};
+
+}  // namespace detail
+
+/// The native of a managed method: a static one from a free function, any other from a member
+/// function of the object's peer.
+template <auto Function, const char*... Names>
+void* const native =
+    reinterpret_cast<void*>(&detail::Native<Function, decltype(Function), Names...>::call);
+
+}  // namespace zentrel::jni

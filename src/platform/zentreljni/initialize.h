@@ -1,0 +1,14 @@
+#pragma once
+
+#include <jni.h>
+
+#include <functional>
+
+namespace zentrel::jni {
+
+/// Readies this library on the current, attached thread and runs `onLoad`, which registers natives.
+/// Returns JNI_VERSION_1_6, or JNI_ERR when the thread has no environment or something was thrown;
+/// what was thrown is then pending as a managed exception.
+jint initialize(JavaVM* vm, const std::function<void()>& onLoad) noexcept;
+
+}  // namespace zentrel::jni

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace zentrel::vistabase::ardelivery {
+
+/// The message under which an operation reports what failed inside it.
+struct ErrorTexts {
+  std::string_view prefix;   ///< Stands before the text of a std::exception.
+  std::string_view unknown;  ///< The whole message for anything else that was thrown.
+
+  /// The message for a cause; null stands for anything that is not a std::exception.
+  std::string operator()(const char* cause) const {
+    return cause == nullptr ? std::string(unknown) : std::string(prefix) + cause;
+  }
+};
+
+/// Runs `body` and replaces whatever it throws by a std::runtime_error with the text that
+/// `describe` (an ErrorTexts, or any function of the cause like it) gives.
+template <class Describe, class Body>
+auto rethrowDescribed(const Describe& describe, const Body& body) -> decltype(body()) {
+  try {
+    return body();
+  } catch (const std::exception& error) {
+    throw std::runtime_error(describe(error.what()));
+  } catch (...) {
+    throw std::runtime_error(describe(nullptr));
+  }
+}
+
+}  // namespace zentrel::vistabase::ardelivery

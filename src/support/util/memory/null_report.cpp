@@ -1,0 +1,14 @@
+#include "support/util/memory/null_report.h"
+
+#include "platform/softerror/softerror.h"
+
+namespace quovix {
+namespace detail {
+
+void reportNull(const char* file, const std::string& function, int line) noexcept {
+  softerror::printSoftError(file, function.c_str(), line, softerror::Severity::Assertion,
+                            "AREngine", "Assert triggered on line: %d, in file: %s", line, file);
+}
+
+}  // namespace detail
+}  // namespace quovix

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "support/util/memory/null_report.h"
+#include "support/util/type_name.h"
+
+namespace quovix {
+
+/// Shared ownership of an object that promises to be there: a std::shared_ptr that is never null.
+///
+/// The promise is tested, not enforced: each access and each move assignment of a reference that
+/// holds null (built from null, or moved from) is reported as a soft error, and execution goes on
+/// with the null pointer.
+template <class T>
+class shared_ref {
+ public:
+  using element_type = T;
+
+  template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+  shared_ref(std::shared_ptr<U> pointer) noexcept : pointer_(std::move(pointer)) {}
+  template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+  shared_ref(shared_ref<U> other) noexcept : pointer_(std::move(other.pointer_)) {}
+
+  shared_ref(const shared_ref&) noexcept = default;
+  shared_ref(shared_ref&&) noexcept = default;
+  shared_ref& operator=(const shared_ref&) noexcept = default;
+  shared_ref& operator=(shared_ref&& other) noexcept {
+    pointer_ = std::move(other.pointer_);
+    invariant_();
+    return *this;
+  }
+  ~shared_ref() = default;
+
+  T* get() const noexcept {
+    invariant_();
+    return pointer_.get();
+  }
+  T* operator->() const noexcept { return get(); }
+  T& operator*() const noexcept { return *get(); }
+
+  /// The pointer inside, for interfaces that share ownership by std::shared_ptr.
+  const std::shared_ptr<T>& pointer() const noexcept {
+    invariant_();
+    return pointer_;
+  }
+
+  /// Reports a null pointer.
+  void invariant_() const noexcept {
+    if (!pointer_) {
+      const std::string name = detail::TypeName<T>::get();
+      detail::reportNull("support/util/memory/shared_ref",
+                         "void quovix::" + detail::templateName("shared_ref", name) +
+                             "::invariant_() const [T = " + name + "]",
+                         150);
+    }
+  }
+
+ private:
+  template <class U>
+  friend class shared_ref;
+
+  std::shared_ptr<T> pointer_;
+};
+
+template <class T, class... Arguments>
+shared_ref<T> make_shared_ref(Arguments&&... arguments) {
+  return std::make_shared<T>(std::forward<Arguments>(arguments)...);
+}
+
+}  // namespace quovix

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quovix {
+namespace detail {
+
+/// The type's full name as the compiler prints it inside a function's signature:
+/// "... [with T = NAME; ...]" from g++, "... [T = NAME]" from clang.
+template <class T>
+std::string_view compilerTypeName() {
+  const std::string_view signature = __PRETTY_FUNCTION__;
+  constexpr std::string_view marker = "T = ";
+  const std::size_t begin = signature.find(marker) + marker.size();
+  return signature.substr(begin, signature.find_first_of(";]", begin) - begin);
+}
+
+/// The type's full name, the same under every compiler.
+template <class T>
+struct TypeName {
+  static std::string get() { return std::string(compilerTypeName<T>()); }
+};
+
+/// "NAME<A, B>", with a space before the closing bracket where it follows another one.
+inline std::string templateName(std::string name, const std::string& arguments) {
+  return name + "<" + arguments + (arguments.back() == '>' ? " >" : ">");
+}
+
+/// Written out because compilers and standard libraries disagree about it.
+template <class T>
+struct TypeName<std::default_delete<T>> {
+  static std::string get() { return templateName("std::default_delete", TypeName<T>::get()); }
+};
+
+}  // namespace detail
+}  // namespace quovix
