@@ -1,7 +1,10 @@
 #include "jni/mergedLibraries.h"
 
+#include "jni/FacetrackerModelCacheBindings.h"
 #include "jni/FileCacheBindings.h"
 #include "jni/FileResourceMetaBindings.h"
+#include "jni/SegmentationModelCacheBindings.h"
+#include "jni/mergedLibraryOnLoad.h"
 
 namespace zentrel::jni {
 namespace {
@@ -10,8 +13,10 @@ using namespace zentrel::vistabase::ardelivery;
 
 [[gnu::section("pre_merge_jni_libraries"), gnu::used]] const MergedLibrary rows[] = {
     {"jni_lib_merge-stub", nullptr},
-    {"libfacetracker-model-cache-native-android.so", &loadFacetrackerModelCacheLibrary},
-    {"libsegmentation-model-cache-native-android.so", &loadSegmentationModelCacheLibrary},
+    {"libfacetracker-model-cache-native-android.so",
+     &mergedLibraryOnLoad<&registerFacetrackerModelCacheNatives>},
+    {"libsegmentation-model-cache-native-android.so",
+     &mergedLibraryOnLoad<&registerSegmentationModelCacheNatives>},
     {"libardcache-jni.so", &mergedLibraryOnLoad<&registerFileResourceMetaNatives>},
     {"liblmardcache-jni.so", &mergedLibraryOnLoad<&registerFileCacheNatives>},
 };

@@ -1,0 +1,95 @@
+import com.lumora.camera.effect.qv.modelcache.FileCacheBasicImpl;
+import com.zentrel.vistabase.assets.tesselcache.ARDFileCacheEntry;
+import com.zentrel.vistabase.assets.tesselcache.ARDFileResourceMeta;
+import java.io.File;
+import java.io.IOException;
+import java.nio.charset.StandardCharsets;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.nio.file.StandardCopyOption;
+import java.util.List;
+import java.util.Map;
+
+/** Takes files through every operation of the file cache. */
+final class FileCacheTour {
+    private final Path mFolder;
+    private final Path mRoot;
+    private final List<File> mFiles;
+
+    FileCacheTour(Path folder, List<File> files) {
+        mFolder = folder;
+        mRoot = folder.resolve("filecache");
+        mFiles = files;
+    }
+
+    void run() throws IOException, InterruptedException {
+        long budget = mFiles.stream().mapToLong(File::length).sum();
+        Show.chapter("The file cache, with a budget of " + budget + " bytes");
+        try (FileCacheBasicImpl cache = new FileCacheBasicImpl(mRoot.toString(), budget)) {
+            for (File file : mFiles) {
+                Show.step("Put " + file.getName() + " in");
+                put(cache, file, file.getName());
+            }
+            String first = mFiles.get(0).getName();
+            lookUp(cache, first);
+            attachExtraBytes(cache, first);
+            exceedBudget(cache);
+            remove(cache, first);
+        }
+        Show.step("What lies on disk");
+        Show.tree(mRoot);
+        Show.note("");
+        Show.note("metadata.json:");
+        Show.text(mRoot.resolve("metadata.json"));
+    }
+
+    /** Writes a file into the cache; what it holds by then is promoted before what is older. */
+    static void put(FileCacheBasicImpl cache, File file, String key)
+            throws IOException, InterruptedException {
+        ARDFileCacheEntry entry = cache.insertAndLock(key);
+        Show.call("insertAndLock(\"" + key + "\")", entry);
+        Files.copy(file.toPath(), new File(entry.getPath()).toPath(),
+                StandardCopyOption.REPLACE_EXISTING);
+        Show.note("wrote " + file.length() + " bytes there");
+        // A new file ranks as the oldest until it is looked up: do so before commit evicts.
+        cache.getCacheEntry(key);
+        cache.commit(key);
+        cache.unlock(key);
+        Show.call("getCacheEntry, commit, unlock; getSize()", cache.getSize());
+        Thread.sleep(2); // Access times count milliseconds: let each be later than the last.
+    }
+
+    private static void lookUp(FileCacheBasicImpl cache, String key) {
+        Show.step("Look files up");
+        Show.call("getCacheEntry(\"" + key + "\")", cache.getCacheEntry(key));
+        Show.call("getCacheEntryWithoutPromotion(\"no such key\")",
+                cache.getCacheEntryWithoutPromotion("no such key"));
+    }
+
+    private static void attachExtraBytes(FileCacheBasicImpl cache, String key) {
+        Show.step("Attach extra bytes");
+        byte[] extra = "{\"etag\":\"33a64df5\"}".getBytes(StandardCharsets.UTF_8);
+        Show.call("updateExtra(\"" + key + "\", " + extra.length + " bytes)",
+                cache.updateExtra(key, extra));
+        for (Map.Entry<String, ARDFileResourceMeta> meta : cache.getAllMetas()) {
+            Show.call("getAllMetas()", meta.getKey() + ": "
+                    + StandardCharsets.UTF_8.decode(meta.getValue().getExtra()));
+        }
+    }
+
+    private void exceedBudget(FileCacheBasicImpl cache) throws IOException, InterruptedException {
+        Show.step("Go over the budget: the file that was not used for longest has to go");
+        File again = mFiles.get(0);
+        put(cache, again, "one_more.bin");
+        for (File file : mFiles) {
+            boolean cached = cache.getCacheEntryWithoutPromotion(file.getName()) != null;
+            Show.note(file.getName() + (cached ? " is still there" : " was evicted"));
+        }
+    }
+
+    private static void remove(FileCacheBasicImpl cache, String key) {
+        Show.step("Remove a file, with its extra bytes");
+        Show.call("remove(\"" + key + "\")", cache.remove(key));
+        Show.call("remove(\"" + key + "\")", cache.remove(key));
+    }
+}

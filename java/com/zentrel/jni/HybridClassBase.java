@@ -1,0 +1,35 @@
+package com.zentrel.jni;
+
+/**
+ * Base of the classes whose work is done by a native peer. The peer lives until the object is
+ * released or, failing that, until some time after the object has become unreachable.
+ *
+ * <p>One thread at a time.
+ */
+public abstract class HybridClassBase implements AutoCloseable {
+    /** Owner of the native peer; null once released. Read by native code. */
+    private HybridData mHybridData;
+
+    /** @param hybridData what {@code initHybrid} returned */
+    protected HybridClassBase(HybridData hybridData) {
+        mHybridData = hybridData;
+    }
+
+    /**
+     * Destroys the native peer now; native methods throw NullPointerException from then on. Calling
+     * it again does nothing.
+     */
+    public final void release() {
+        HybridData hybridData = mHybridData;
+        mHybridData = null;
+        if (hybridData != null) {
+            hybridData.release();
+        }
+    }
+
+    /** Same as {@link #release}, for try-with-resources. */
+    @Override
+    public final void close() {
+        release();
+    }
+}

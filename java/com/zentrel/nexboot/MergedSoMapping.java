@@ -1,0 +1,56 @@
+package com.zentrel.nexboot;
+
+/**
+ * Loads the libraries that were merged into {@code libmodelcache.so} by the file names that they
+ * had before.
+ */
+public final class MergedSoMapping {
+    private static boolean sMergedLibraryLoaded;
+
+    private MergedSoMapping() {}
+
+    /**
+     * Loads {@code libmodelcache.so} from {@code java.library.path} unless that has been done, then
+     * lets the former library register its natives. Loading a library again does nothing.
+     *
+     * @param libraryName file name of the former library, such as "libardcache-jni.so"
+     * @throws UnsatisfiedLinkError if there is no such library or it cannot be loaded
+     */
+    public static synchronized void load(String libraryName) {
+        if (!sMergedLibraryLoaded) {
+            System.loadLibrary("modelcache");
+            sMergedLibraryLoaded = true;
+        }
+        if (invokeJniOnLoad(libraryName) != 0) {
+            throw new UnsatisfiedLinkError("loading " + libraryName + " failed");
+        }
+    }
+
+    private static int invokeJniOnLoad(String libraryName) {
+        switch (libraryName) {
+            case "libfacetracker-model-cache-native-android.so":
+                return Invoke_JNI_OnLoad.libfacetracker_model_cache_native_android_so();
+            case "libsegmentation-model-cache-native-android.so":
+                return Invoke_JNI_OnLoad.libsegmentation_model_cache_native_android_so();
+            case "libardcache-jni.so":
+                return Invoke_JNI_OnLoad.libardcache_jni_so();
+            case "liblmardcache-jni.so":
+                return Invoke_JNI_OnLoad.liblmardcache_jni_so();
+            default:
+                throw new UnsatisfiedLinkError("no merged library is called " + libraryName);
+        }
+    }
+
+    /** The load functions, registered when {@code libmodelcache.so} is loaded. 0 is success. */
+    static final class Invoke_JNI_OnLoad {
+        private Invoke_JNI_OnLoad() {}
+
+        static native int libfacetracker_model_cache_native_android_so();
+
+        static native int libsegmentation_model_cache_native_android_so();
+
+        static native int libardcache_jni_so();
+
+        static native int liblmardcache_jni_so();
+    }
+}

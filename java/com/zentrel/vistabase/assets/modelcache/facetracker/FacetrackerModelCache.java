@@ -1,0 +1,55 @@
+package com.zentrel.vistabase.assets.modelcache.facetracker;
+
+import com.zentrel.jni.HybridClassBase;
+import com.zentrel.jni.HybridData;
+import com.zentrel.nexboot.MergedSoMapping;
+import com.zentrel.vistabase.assets.tesselcache.ARDFileCache;
+
+/**
+ * Which cached files make up which version of the face-tracking models. A version is complete when
+ * all four of its files are recorded and still cached; until then, its paths are all "".
+ *
+ * <p>Failures are thrown as {@link
+ * com.zentrel.vistabase.common.exception.EffectsFrameworkException}. One thread at a time, also
+ * across everything that shares the file cache.
+ */
+public final class FacetrackerModelCache extends HybridClassBase {
+    static {
+        MergedSoMapping.load("libfacetracker-model-cache-native-android.so");
+    }
+
+    /** @param fileCache where the files are; best used for this capability alone */
+    public FacetrackerModelCache(ARDFileCache fileCache) {
+        super(initHybrid(fileCache));
+    }
+
+    public static native HybridData initHybrid(ARDFileCache fileCache);
+
+    /** Path of "face_tracker_model.bin", or "". */
+    public native String getFaceAlignPath(int version);
+
+    /** Path of "face_detector_model.bin", or "". */
+    public native String getFaceDetectPath(int version);
+
+    /** Path of "features_model.bin", or "". */
+    public native String getFaceContourPath(int version);
+
+    /** Path of "pdm_multires.bin", or "". */
+    public native String getMeshPath(int version);
+
+    /**
+     * Records a cached file as a model of the version.
+     *
+     * @param cacheKey the file's key in the file cache
+     * @param typeName which model it is: one of the file names above
+     * @return false if the file cache does not hold the key
+     */
+    public native boolean addModelForVersionIfInCache(
+            int version, String cacheKey, String typeName);
+
+    /**
+     * Deletes all other versions, with the files that the kept one does not share. Does nothing if
+     * the version to keep is not recorded.
+     */
+    public native void trimExceptVersion(int version);
+}

@@ -1,0 +1,61 @@
+package com.zentrel.vistabase.assets.tesselcache;
+
+import com.zentrel.jni.HybridClassBase;
+import com.zentrel.jni.HybridData;
+import java.util.Map;
+
+/**
+ * Files and directories under one root directory, each under a string key, within a byte budget.
+ *
+ * <p>A writer calls {@link #insertAndLock}, writes the content at the returned path, then calls
+ * {@link #commit} and {@link #unlock}. A reader calls {@link #getCacheEntry} and opens the returned
+ * path.
+ *
+ * <p>A failure of the disk or of the cache's own files is reported to the native soft-error sink
+ * and answered with a neutral result: null, false, 0 or an empty array. A null argument throws
+ * NullPointerException, and so does any call on a released object.
+ *
+ * <p>One thread at a time, also across the model caches that share this cache; two caches over one
+ * root are not coordinated.
+ */
+public abstract class ARDFileCache extends HybridClassBase {
+    protected ARDFileCache(HybridData hybridData) {
+        super(hybridData);
+    }
+
+    /** Records the key and returns where to write its content. */
+    public abstract ARDFileCacheEntry insertAndLock(String key);
+
+    /** The entry, which is promoted and so evicted later, or null if it is not cached. */
+    public abstract ARDFileCacheEntry getCacheEntry(String key);
+
+    /** The entry, or null if it is not cached. */
+    public abstract ARDFileCacheEntry getCacheEntryWithoutPromotion(String key);
+
+    /** Replaces the entry's extra bytes; false if the key is not recorded. */
+    public abstract boolean updateExtra(String key, byte[] extra);
+
+    /**
+     * All entries that have extra bytes, by key. A key that holds one of {@code " * / : < > ? | \}
+     * is given as its file is named: with a percent sign before that character.
+     */
+    public abstract Map.Entry<String, ARDFileResourceMeta>[] getAllMetas();
+
+    /** Ends the writing of an entry. */
+    public abstract void unlock(String key);
+
+    /** Deletes the entry; false if there was none. */
+    public abstract boolean remove(String key);
+
+    /** Measures what was written for the key, then evicts old entries until the budget holds. */
+    public abstract void commit(String key);
+
+    /** Deletes the root directory with everything in it. Create it again before the next use. */
+    public abstract void clear();
+
+    /** The sum of the recorded sizes in bytes. */
+    public abstract long getSize();
+
+    /** Writes out extra bytes that an implementation holds back. */
+    public abstract void flush();
+}

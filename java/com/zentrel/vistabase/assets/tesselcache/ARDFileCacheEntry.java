@@ -1,0 +1,21 @@
+package com.zentrel.vistabase.assets.tesselcache;
+
+/** Where an entry lies on disk. Only a path: it keeps nothing alive and unlocks nothing. */
+public final class ARDFileCacheEntry {
+    private final String mPath;
+
+    /** Made by native code. */
+    public ARDFileCacheEntry(String path) {
+        mPath = path;
+    }
+
+    /** Full path of the entry, a regular file or a directory. */
+    public String getPath() {
+        return mPath;
+    }
+
+    @Override
+    public String toString() {
+        return mPath;
+    }
+}

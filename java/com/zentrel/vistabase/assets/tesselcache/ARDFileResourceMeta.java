@@ -1,0 +1,24 @@
+package com.zentrel.vistabase.assets.tesselcache;
+
+import com.zentrel.jni.HybridClassBase;
+import com.zentrel.jni.HybridData;
+import com.zentrel.nexboot.MergedSoMapping;
+import java.nio.ByteBuffer;
+
+/** What the cache tells of one entry beyond its path. */
+public final class ARDFileResourceMeta extends HybridClassBase {
+    static {
+        MergedSoMapping.load("libardcache-jni.so");
+    }
+
+    /** Made by native code. */
+    public ARDFileResourceMeta(HybridData hybridData) {
+        super(hybridData);
+    }
+
+    /**
+     * The entry's extra bytes, in a new direct buffer that stays valid for as long as it, or a view
+     * of it, is reachable.
+     */
+    public native ByteBuffer getExtra();
+}

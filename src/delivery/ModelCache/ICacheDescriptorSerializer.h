@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "delivery/ModelCache/CacheDescriptor.h"
+
+namespace zentrel::vistabase::ardelivery {
+
+/// The text format of the index. Failures are std::runtime_error.
+class ICacheDescriptorSerializer {
+ public:
+  virtual std::string serialize(const CacheDescriptor& descriptor) = 0;
+
+  /// Never null; the empty text gives an empty descriptor.
+  virtual std::unique_ptr<CacheDescriptor> deserialize(const std::string& text) = 0;
+
+  virtual ~ICacheDescriptorSerializer() = default;
+};
+
+}  // namespace zentrel::vistabase::ardelivery

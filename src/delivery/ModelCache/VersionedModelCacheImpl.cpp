@@ -1,0 +1,196 @@
+#include "delivery/ModelCache/VersionedModelCacheImpl.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "support/util/ErrorTexts.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+// The same for every capability: each belongs in a file cache of its own.
+constexpr const char* kIndexKey = "versioned_index";
+
+// "mode" in the second text is how it has always been; reports are matched by it.
+constexpr ErrorTexts kAddErrors{
+    "Could not add model into the cache: ",
+    "Could not add mode into the cache - unknown exception",
+};
+constexpr ErrorTexts kQueryEntriesErrors{
+    "Could not query entries: ",
+    "Could not query entries - unknown exception",
+};
+constexpr ErrorTexts kQueryVersionsErrors{
+    "Could not query versions: ",
+    "Could not query versions - unknown exception",
+};
+
+/// Names the version, so that it cannot be a constant. Nothing follows the last ": ", as always.
+struct DeleteErrors {
+  int version;
+  std::string operator()(const char* cause) const {
+    const std::string failure = "Could not delete version: " + std::to_string(version);
+    return cause == nullptr ? failure + " unknown exception: "
+                            : failure + " with exception: " + cause;
+  }
+};
+
+}  // namespace
+
+VersionedModelCacheImpl::VersionedModelCacheImpl(
+    std::unique_ptr<IFileIO> fileIO,
+    std::unique_ptr<ICacheDescriptorSerializer> descriptorSerializer,
+    std::shared_ptr<IFileCache> fileCache,
+    std::shared_ptr<CapabilityModelTypeSerializer> typeSerializer)
+    : fileIO_(std::move(fileIO)),
+      descriptorSerializer_(std::move(descriptorSerializer)),
+      fileCache_(std::move(fileCache)),
+      typeSerializer_(std::move(typeSerializer)),
+      descriptor_(quovix::make_unique_ref<CacheDescriptor>()) {}
+
+bool VersionedModelCacheImpl::addModelIfInCache(int version, const ModelRecord& model) {
+  return rethrowDescribed(kAddErrors, [&] {
+    ensureLoaded();
+    if (!fileCache_->getCacheEntry(model.cacheKey)) {
+      return false;
+    }
+    add(version, model);
+    return true;
+  });
+}
+
+ModelEntries VersionedModelCacheImpl::queryEntries(int version) {
+  return rethrowDescribed(kQueryEntriesErrors, [&] {
+    ensureLoaded();
+    ModelEntries entries(10);
+    if (const VersionRecord* const record = findVersion(version)) {
+      for (const ModelRecord& model : record->models) {
+        if (const auto entry = fileCache_->getCacheEntry(model.cacheKey)) {
+          entries.emplace(typeSerializer_->deserialize(model.type), entry->path);
+        }
+      }
+    }
+    return entries;
+  });
+}
+
+std::vector<int> VersionedModelCacheImpl::queryVersions() {
+  return rethrowDescribed(kQueryVersionsErrors, [&] {
+    ensureLoaded();
+    std::vector<int> versions;
+    for (const VersionRecord& record : descriptor_->versions) {
+      versions.push_back(record.version);
+    }
+    return versions;
+  });
+}
+
+void VersionedModelCacheImpl::deleteVersion(int version) {
+  rethrowDescribed(DeleteErrors{version}, [&] {
+    ensureLoaded();
+    const VersionRecord* const record = findVersion(version);
+    if (record == nullptr) {
+      return;
+    }
+    for (const std::string& key : unsharedKeys(*record)) {
+      fileCache_->remove(key);
+    }
+    replaceDescriptor(descriptorWithout(version));
+  });
+}
+
+void VersionedModelCacheImpl::ensureLoaded() {
+  if (!descriptorLoaded_) {
+    descriptor_ = loadDescriptor();
+    descriptorLoaded_ = true;
+  }
+}
+
+std::unique_ptr<CacheDescriptor> VersionedModelCacheImpl::loadDescriptor() {
+  const auto entry = fileCache_->getCacheEntry(kIndexKey);
+  if (!entry) {
+    return std::make_unique<CacheDescriptor>();
+  }
+  return descriptorSerializer_->deserialize(fileIO_->readFile(entry->path));
+}
+
+void VersionedModelCacheImpl::storeDescriptor(const CacheDescriptor& descriptor) {
+  auto entry = fileCache_->getCacheEntry(kIndexKey);
+  if (!entry) {
+    entry = fileCache_->insertAndLock(kIndexKey);
+  }
+  if (!entry) {
+    throw std::runtime_error("Could not insert the index key into the cache.");
+  }
+  fileIO_->writeFile(entry->path, descriptorSerializer_->serialize(descriptor));
+  // Never a commit: unlocking is enough for the file cache to adopt the file, and a commit could
+  // evict models for the sake of the index.
+  fileCache_->unlock(kIndexKey);
+}
+
+/// Memory first: if the write fails, the next one stores what was to be stored now.
+void VersionedModelCacheImpl::replaceDescriptor(CacheDescriptor descriptor) {
+  descriptor_ = quovix::make_unique_ref<CacheDescriptor>(std::move(descriptor));
+  storeDescriptor(*descriptor_);
+}
+
+const VersionRecord* VersionedModelCacheImpl::findVersion(int version) const {
+  for (const VersionRecord& record : descriptor_->versions) {
+    if (record.version == version) {
+      return &record;
+    }
+  }
+  return nullptr;
+}
+
+CacheDescriptor VersionedModelCacheImpl::descriptorWithout(int version) const {
+  CacheDescriptor descriptor = *descriptor_;
+  auto& versions = descriptor.versions;
+  versions.erase(
+      std::remove_if(versions.begin(), versions.end(),
+                     [version](const VersionRecord& record) { return record.version == version; }),
+      versions.end());
+  return descriptor;
+}
+
+void VersionedModelCacheImpl::add(int version, const ModelRecord& model) {
+  const VersionRecord* const existing = findVersion(version);
+  VersionRecord record = existing == nullptr ? VersionRecord{version, {}} : *existing;
+  const auto sameType =
+      std::find_if(record.models.begin(), record.models.end(),
+                   [&model](const ModelRecord& other) { return other.type == model.type; });
+  if (sameType == record.models.end()) {
+    record.models.push_back(model);
+  } else if (sameType->cacheKey == model.cacheKey) {
+    return;
+  } else {
+    sameType->cacheKey = model.cacheKey;
+  }
+  CacheDescriptor descriptor = descriptorWithout(version);
+  descriptor.versions.push_back(std::move(record));
+  replaceDescriptor(std::move(descriptor));
+}
+
+std::vector<std::string> VersionedModelCacheImpl::unsharedKeys(const VersionRecord& record) const {
+  const auto isShared = [this, &record](const std::string& key) {
+    for (const VersionRecord& other : descriptor_->versions) {
+      for (const ModelRecord& model : other.models) {
+        if (other.version != record.version && model.cacheKey == key) {
+          return true;
+        }
+      }
+    }
+    return false;
+  };
+  std::vector<std::string> keys;
+  for (const ModelRecord& model : record.models) {
+    if (!isShared(model.cacheKey)) {
+      keys.push_back(model.cacheKey);
+    }
+  }
+  return keys;
+}
+
+}  // namespace zentrel::vistabase::ardelivery

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "delivery/ModelCache/CapabilityModel.h"
+#include "jni/FileCacheHybrid.h"
+#include "platform/zentreljni/Exceptions.h"
+#include "platform/zentreljni/HybridBase.h"
+#include "support/util/ErrorTexts.h"
+#include "support/util/memory/shared_ref.h"
+
+namespace zentrel::vistabase::ardelivery {
+
+/// Raises, as the managed EffectsFrameworkException, whatever the body of a model cache's native
+/// throws. A managed exception that is pending already stays as it is.
+template <class Body>
+auto raiseDescribed(const ErrorTexts& texts, const Body& body) -> decltype(body()) {
+  constexpr const char* exceptionClass =
+      "com/zentrel/vistabase/common/exception/EffectsFrameworkException";
+  try {
+    return body();
+  } catch (const jni::PendingJavaException&) {
+    throw;
+  } catch (const std::exception& error) {
+    jni::throwNewJavaException(exceptionClass, texts(error.what()));
+  } catch (...) {
+    jni::throwNewJavaException(exceptionClass, texts(nullptr));
+  }
+}
+
+/// The native peer of a managed model cache. `Cache` is one of the final model caches, `Paths` its
+/// path record.
+template <class Cache, class Paths>
+class ModelCacheHybrid final : public jni::HybridBase {
+ public:
+  /// Over the file cache that the peer of the managed one holds.
+  static std::unique_ptr<ModelCacheHybrid> make(FileCacheHybrid& fileCache) {
+    return std::make_unique<ModelCacheHybrid>(
+        quovix::make_shared_ref<Cache>(fileCache.getFileCache().pointer()));
+  }
+
+  explicit ModelCacheHybrid(quovix::shared_ref<Cache> cache) noexcept : cache_(std::move(cache)) {}
+
+  /// One field of the version's path record, or "" while a file of the version is missing.
+  template <std::string Paths::*Path, const ErrorTexts& Errors>
+  std::string getPath(std::int32_t version) {
+    return raiseDescribed(Errors, [&] {
+      const std::shared_ptr<Paths> paths = cache_->getModelPaths(version);
+      return paths ? (*paths).*Path : std::string();
+    });
+  }
+
+  template <const ErrorTexts& Errors>
+  bool addModelForVersionIfInCache(std::int32_t version, const std::string& cacheKey,
+                                   const std::string& typeName) {
+    return raiseDescribed(Errors, [&] {
+      const auto model =
+          quovix::make_shared_ref<CapabilityModel>(CapabilityModel{cacheKey, typeName});
+      return cache_->addModelForVersionIfInCache(version, *model);
+    });
+  }
+
+  template <const ErrorTexts& Errors>
+  void trimExceptVersion(std::int32_t version) {
+    raiseDescribed(Errors, [&] { cache_->trimExceptVersion(version); });
+  }
+
+ private:
+  quovix::shared_ref<Cache> cache_;
+};
+
+}  // namespace zentrel::vistabase::ardelivery
