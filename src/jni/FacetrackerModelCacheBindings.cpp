@@ -42,19 +42,22 @@ constexpr ErrorTexts kTrimErrors{
 void registerFacetrackerModelCacheNatives() {
   using namespace modelcache;
   using jni::native;
-  jni::registerNatives("com/zentrel/vistabase/assets/modelcache/facetracker/FacetrackerModelCache", {
-      {"initHybrid", kInitHybrid, native<&Peer::make, kFileCache>},
-      {"getFaceAlignPath", kGetPath,
-       native<&Peer::getPath<&Paths::faceAlignPath, kAlignErrors>, kVersion>},
-      {"getFaceDetectPath", kGetPath,
-       native<&Peer::getPath<&Paths::faceDetectPath, kDetectErrors>, kVersion>},
-      {"getFaceContourPath", kGetPath,
-       native<&Peer::getPath<&Paths::faceContourPath, kContourErrors>, kVersion>},
-      {"getMeshPath", kGetPath, native<&Peer::getPath<&Paths::meshPath, kMeshErrors>, kVersion>},
-      {"addModelForVersionIfInCache", kAddModel,
-       native<&Peer::addModelForVersionIfInCache<kAddErrors>, kVersion, kCacheKey, kTypeName>},
-      {"trimExceptVersion", kTrim, native<&Peer::trimExceptVersion<kTrimErrors>, kVersion>},
-  });
+  jni::registerNatives(
+      "com/zentrel/vistabase/assets/modelcache/facetracker/FacetrackerModelCache",
+      {
+          {"initHybrid", kInitHybrid, native<&Peer::make, kFileCache>},
+          {"getFaceAlignPath", kGetPath,
+           native<&Peer::getPath<&Paths::faceAlignPath, kAlignErrors>, kVersion>},
+          {"getFaceDetectPath", kGetPath,
+           native<&Peer::getPath<&Paths::faceDetectPath, kDetectErrors>, kVersion>},
+          {"getFaceContourPath", kGetPath,
+           native<&Peer::getPath<&Paths::faceContourPath, kContourErrors>, kVersion>},
+          {"getMeshPath", kGetPath,
+           native<&Peer::getPath<&Paths::meshPath, kMeshErrors>, kVersion>},
+          {"addModelForVersionIfInCache", kAddModel,
+           native<&Peer::addModelForVersionIfInCache<kAddErrors>, kVersion, kCacheKey, kTypeName>},
+          {"trimExceptVersion", kTrim, native<&Peer::trimExceptVersion<kTrimErrors>, kVersion>},
+      });
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -29,22 +29,24 @@ constexpr char kExtra[] = "extra";
 void registerFileCacheNatives() {
   using jni::native;
   using Peer = FileCacheHybrid;
-  jni::registerNatives("com/lumora/camera/effect/qv/modelcache/FileCacheBasicImpl", {
-      {"initHybrid", "(Ljava/lang/String;J)Lcom/zentrel/jni/HybridData;",
-       native<&initHybrid, kRootPath, kMaxSizeBytes>},
-      {"insertAndLock", ENTRY_OF_KEY, native<&Peer::insertAndLock, kKey>},
-      {"getCacheEntry", ENTRY_OF_KEY, native<&Peer::getCacheEntry, kKey>},
-      {"getCacheEntryWithoutPromotion", ENTRY_OF_KEY,
-       native<&Peer::getCacheEntryWithoutPromotion, kKey>},
-      {"updateExtra", "(Ljava/lang/String;[B)Z", native<&Peer::updateExtra, kKey, kExtra>},
-      {"getAllMetas", "()[Ljava/util/Map$Entry;", native<&Peer::getAllMetas>},
-      {"unlock", "(Ljava/lang/String;)V", native<&Peer::unlock, kKey>},
-      {"remove", "(Ljava/lang/String;)Z", native<&Peer::remove, kKey>},
-      {"commit", "(Ljava/lang/String;)V", native<&Peer::commit, kKey>},
-      {"clear", "()V", native<&Peer::clear>},
-      {"getSize", "()J", native<&Peer::getSize>},
-      {"flush", "()V", native<&Peer::flush>},
-  });
+  jni::registerNatives(
+      "com/lumora/camera/effect/qv/modelcache/FileCacheBasicImpl",
+      {
+          {"initHybrid", "(Ljava/lang/String;J)Lcom/zentrel/jni/HybridData;",
+           native<&initHybrid, kRootPath, kMaxSizeBytes>},
+          {"insertAndLock", ENTRY_OF_KEY, native<&Peer::insertAndLock, kKey>},
+          {"getCacheEntry", ENTRY_OF_KEY, native<&Peer::getCacheEntry, kKey>},
+          {"getCacheEntryWithoutPromotion", ENTRY_OF_KEY,
+           native<&Peer::getCacheEntryWithoutPromotion, kKey>},
+          {"updateExtra", "(Ljava/lang/String;[B)Z", native<&Peer::updateExtra, kKey, kExtra>},
+          {"getAllMetas", "()[Ljava/util/Map$Entry;", native<&Peer::getAllMetas>},
+          {"unlock", "(Ljava/lang/String;)V", native<&Peer::unlock, kKey>},
+          {"remove", "(Ljava/lang/String;)Z", native<&Peer::remove, kKey>},
+          {"commit", "(Ljava/lang/String;)V", native<&Peer::commit, kKey>},
+          {"clear", "()V", native<&Peer::clear>},
+          {"getSize", "()J", native<&Peer::getSize>},
+          {"flush", "()V", native<&Peer::flush>},
+      });
 }
 
 }  // namespace zentrel::vistabase::ardelivery

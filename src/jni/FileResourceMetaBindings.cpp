@@ -35,8 +35,9 @@ jni::LocalRef<jobject> newFileResourceMeta(const FileCacheEntryMeta& meta) {
 
 void registerFileResourceMetaNatives() {
   jni::registerNatives(kClass, {
-      {"getExtra", "()Ljava/nio/ByteBuffer;", jni::native<&FileResourceMetaHybrid::getExtra>},
-  });
+                                   {"getExtra", "()Ljava/nio/ByteBuffer;",
+                                    jni::native<&FileResourceMetaHybrid::getExtra>},
+                               });
 }
 
 }  // namespace zentrel::vistabase::ardelivery

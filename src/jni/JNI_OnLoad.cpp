@@ -36,8 +36,7 @@ extern "C" JNIEXPORT jint JNICALL JNI_OnLoad(JavaVM* vm, void* /*reserved*/) {
     if (name == nullptr) {
       std::abort();
     }
-    methods[count++] = {name, const_cast<char*>("()I"),
-                        reinterpret_cast<void*>(row->loadFunction)};
+    methods[count++] = {name, const_cast<char*>("()I"), reinterpret_cast<void*>(row->loadFunction)};
   }
   const jint result = env->RegisterNatives(mapping, methods, count);
   for (jint i = 0; i < count; ++i) {

@@ -33,16 +33,18 @@ constexpr ErrorTexts kTrimErrors{
 void registerSegmentationModelCacheNatives() {
   using namespace modelcache;
   using jni::native;
-  jni::registerNatives("com/zentrel/vistabase/assets/modelcache/segmentation/SegmentationModelCache", {
-      {"initHybrid", kInitHybrid, native<&Peer::make, kFileCache>},
-      {"getInitNetPath", kGetPath,
-       native<&Peer::getPath<&Paths::initNetPath, kInitNetErrors>, kVersion>},
-      {"getPredictNetPath", kGetPath,
-       native<&Peer::getPath<&Paths::predictNetPath, kPredictNetErrors>, kVersion>},
-      {"addModelForVersionIfInCache", kAddModel,
-       native<&Peer::addModelForVersionIfInCache<kAddErrors>, kVersion, kCacheKey, kTypeName>},
-      {"trimExceptVersion", kTrim, native<&Peer::trimExceptVersion<kTrimErrors>, kVersion>},
-  });
+  jni::registerNatives(
+      "com/zentrel/vistabase/assets/modelcache/segmentation/SegmentationModelCache",
+      {
+          {"initHybrid", kInitHybrid, native<&Peer::make, kFileCache>},
+          {"getInitNetPath", kGetPath,
+           native<&Peer::getPath<&Paths::initNetPath, kInitNetErrors>, kVersion>},
+          {"getPredictNetPath", kGetPath,
+           native<&Peer::getPath<&Paths::predictNetPath, kPredictNetErrors>, kVersion>},
+          {"addModelForVersionIfInCache", kAddModel,
+           native<&Peer::addModelForVersionIfInCache<kAddErrors>, kVersion, kCacheKey, kTypeName>},
+          {"trimExceptVersion", kTrim, native<&Peer::trimExceptVersion<kTrimErrors>, kVersion>},
+      });
 }
 
 }  // namespace zentrel::vistabase::ardelivery

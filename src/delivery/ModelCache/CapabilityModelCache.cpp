@@ -11,8 +11,7 @@ namespace zentrel::vistabase::ardelivery {
 
 CapabilityModelCache::CapabilityModelCache(std::shared_ptr<IFileCache> fileCache,
                                            CapabilityModelTypeSerializer::Table typeNames)
-    : typeSerializer_(
-          quovix::make_shared_ref<CapabilityModelTypeSerializer>(std::move(typeNames))),
+    : typeSerializer_(quovix::make_shared_ref<CapabilityModelTypeSerializer>(std::move(typeNames))),
       cache_(quovix::make_unique_ref<VersionedModelCacheImpl>(
           std::make_unique<FileIO>(), std::make_unique<CacheDescriptorSerializer>(),
           std::move(fileCache), typeSerializer_.pointer())) {}

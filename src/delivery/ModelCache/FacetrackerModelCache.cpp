@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "delivery/ModelCache/ModelTable.h"
 #include "delivery/ModelCache/FacetrackerModelType.h"
+#include "delivery/ModelCache/ModelTable.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

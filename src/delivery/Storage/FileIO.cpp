@@ -62,9 +62,8 @@ std::string FileIO::readFile(const std::string& path) {
 
 void FileIO::writeFile(const std::string& path, const std::string& content) {
   FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, kMode));
-  const bool written =
-      file.isOpen() && writeFully(file.get(), content.data(), content.size()) ==
-                           static_cast<ssize_t>(content.size());
+  const bool written = file.isOpen() && writeFully(file.get(), content.data(), content.size()) ==
+                                            static_cast<ssize_t>(content.size());
   if (!file.close() || !written) {
     throwFailed();
   }

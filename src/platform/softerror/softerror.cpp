@@ -49,8 +49,8 @@ void printSoftError(const char* file, const char* function, int line, Severity s
   va_end(arguments);
 
   try {
-    currentSink.load()(
-        {orNull(file), orNull(function), line, severity, orNull(category), orNull(format), message});
+    currentSink.load()({orNull(file), orNull(function), line, severity, orNull(category),
+                        orNull(format), message});
   } catch (...) {
     // There is no further place to report to.
   }

@@ -65,8 +65,8 @@ LocalRef<jobject> HybridData::own(std::unique_ptr<HybridBase> peer) {
 }
 
 HybridBase& HybridData::peerOf(jobject self) {
-  static const jfieldID field = findField(findClassStatic(kHybridClassBase), "mHybridData",
-                                          "Lcom/zentrel/jni/HybridData;");
+  static const jfieldID field =
+      findField(findClassStatic(kHybridClassBase), "mHybridData", "Lcom/zentrel/jni/HybridData;");
   const LocalRef<jobject> hybridData(environment()->GetObjectField(self, field));
   if (!hybridData) {
     throwNewJavaException(kNullPointerException, "java.lang.NullPointerException");

@@ -17,8 +17,8 @@ LocalRef<jobject> JByteBuffer::wrapBytes(const void* data, std::size_t length) {
   static const jmethodID allocateDirect =
       findStaticMethod(type, "allocateDirect", "(I)Ljava/nio/ByteBuffer;");
   JNIEnv* const env = environment();
-  auto buffer = checkedLocal(
-      env->CallStaticObjectMethod(type, allocateDirect, static_cast<jint>(length)));
+  auto buffer =
+      checkedLocal(env->CallStaticObjectMethod(type, allocateDirect, static_cast<jint>(length)));
   if (length > 0) {
     void* const memory = env->GetDirectBufferAddress(buffer.get());
     if (memory == nullptr) {

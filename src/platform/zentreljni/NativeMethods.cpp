@@ -11,8 +11,8 @@ void registerNatives(const char* className, std::initializer_list<NativeMethod> 
   table.reserve(methods.size());
   for (const NativeMethod& method : methods) {
     // Some versions of jni.h declare the texts as char*; they are only read.
-    table.push_back({const_cast<char*>(method.name), const_cast<char*>(method.descriptor),
-                     method.function});
+    table.push_back(
+        {const_cast<char*>(method.name), const_cast<char*>(method.descriptor), method.function});
   }
   JNIEnv* const env = environment();
   const LocalRef<jclass> type = checkedLocal(env->FindClass(className));

@@ -16,10 +16,10 @@ struct Operation {
   const char* unknownError;
 };
 
-#define OPERATION(result, signature, label)                                                \
-  Operation {                                                                              \
+#define OPERATION(result, signature, label)                                                     \
+  Operation {                                                                                   \
     "virtual " result " zentrel::vistabase::ardelivery::FileCacheWithErrorLogging::" signature, \
-        "Error for " label ": %s", "Error for " label ": unknown error"                    \
+        "Error for " label ": %s", "Error for " label ": unknown error"                         \
   }
 
 constexpr Operation kInsertAndLock = OPERATION(
@@ -30,17 +30,16 @@ constexpr Operation kCommitSize =
 constexpr Operation kUnlock = OPERATION("void", "unlock(const std::string &)", "unlock");
 constexpr Operation kGetCacheEntry = OPERATION(
     "std::shared_ptr<FileCacheEntry>", "getCacheEntry(const std::string &)", "getCacheEntry");
-constexpr Operation kGetCacheEntryWithoutPromotion =
-    OPERATION("std::shared_ptr<FileCacheEntry>",
-              "getCacheEntryWithoutPromotion(const std::string &)", "getCacheEntryWithoutPromotion");
+constexpr Operation kGetCacheEntryWithoutPromotion = OPERATION(
+    "std::shared_ptr<FileCacheEntry>", "getCacheEntryWithoutPromotion(const std::string &)",
+    "getCacheEntryWithoutPromotion");
 constexpr Operation kUpdateExtra = OPERATION(
     "bool", "updateExtra(const std::string &, zentrel::vistabase::ardelivery::BytesVector &&)",
     "updateExtra");
-constexpr Operation kGetAllMetas =
-    OPERATION("std::vector<std::pair<std::string, FileCacheEntryMeta> >", "getAllMetas()",
-              "getAllMetas");
-constexpr Operation kMemContains = OPERATION("IFileCache::MemContainsStatus",
-                                             "memContains(const std::string &)", "memContains");
+constexpr Operation kGetAllMetas = OPERATION(
+    "std::vector<std::pair<std::string, FileCacheEntryMeta> >", "getAllMetas()", "getAllMetas");
+constexpr Operation kMemContains =
+    OPERATION("IFileCache::MemContainsStatus", "memContains(const std::string &)", "memContains");
 constexpr Operation kRemove = OPERATION("bool", "remove(const std::string &)", "remove");
 constexpr Operation kGetSize = OPERATION("int64_t", "getSize()", "getSize");
 constexpr Operation kClear = OPERATION("void", "clear()", "clear");

@@ -20,13 +20,13 @@ class unique_ref {
  public:
   using element_type = T;
 
-  template <class U, class E,
-            class = std::enable_if_t<
-                std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
+  template <
+      class U, class E,
+      class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
   unique_ref(std::unique_ptr<U, E> pointer) noexcept : pointer_(std::move(pointer)) {}
-  template <class U, class E,
-            class = std::enable_if_t<
-                std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
+  template <
+      class U, class E,
+      class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
   unique_ref(unique_ref<U, E>&& other) noexcept : pointer_(std::move(other.pointer_)) {}
 
   unique_ref(unique_ref&&) noexcept = default;
@@ -52,11 +52,11 @@ class unique_ref {
     if (!pointer_) {
       const std::string name = detail::TypeName<T>::get();
       const std::string deleter = detail::TypeName<D>::get();
-      detail::reportNull("support/util/memory/unique_ref",
-                         "void quovix::" +
-                             detail::templateName("unique_ref", name + ", " + deleter) +
-                             "::invariant_() const [T = " + name + ", D = " + deleter + "]",
-                         126);
+      detail::reportNull(
+          "support/util/memory/unique_ref",
+          "void quovix::" + detail::templateName("unique_ref", name + ", " + deleter) +
+              "::invariant_() const [T = " + name + ", D = " + deleter + "]",
+          126);
     }
   }
 

@@ -1,0 +1,37 @@
+# The Debian packages that the scripts need, by purpose, and how to build. Sourced.
+
+# Boost 1.81 and not the default 1.74: see CMakeLists.txt.
+build_packages=(
+  cmake
+  g++
+  libboost-filesystem1.81-dev
+  libboost-json1.81-dev
+  ninja-build
+  openjdk-17-jdk-headless
+)
+# The tests' frameworks: the usual ones for C++ and for Java.
+test_packages=(libgmock-dev libgtest-dev junit5)
+# Real face-detection models, and small enough to be in Debian.
+demo_packages=(opencv-data)
+# The other compiler and linker (Android's), and the formatter.
+ci_packages=(clang clang-format git lld)
+
+# quietly COMMAND...: shows what the command prints only when it fails.
+quietly() {
+  local log status=0
+  log=$(mktemp)
+  "$@" >"$log" 2>&1 || status=$?
+  ((status == 0)) || cat "$log" >&2
+  rm -f "$log"
+  return $status
+}
+
+# configured PRESET [ON]: configures the preset's build folder unless that has been done, with the
+# tests if so asked. CMake itself notices later changes.
+configured() {
+  local folder=build cache
+  [[ $1 == default ]] || folder=build-$1
+  cache=$folder/CMakeCache.txt
+  [[ -f $folder/build.ninja ]] && grep -q "^MODELCACHE_TESTS:BOOL=${2:-}" "$cache" ||
+    quietly cmake --preset "$1" -D MODELCACHE_TESTS="${2:-OFF}"
+}

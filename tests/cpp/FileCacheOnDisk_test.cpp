@@ -1,0 +1,210 @@
+#include <gmock/gmock.h>
+
+#include "delivery/FileCache/CacheMetadata.h"
+#include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
+#include "delivery/FileCache/createFileCache.h"
+#include "delivery/Storage/FilesystemOperations.h"
+#include "tests/cpp/Mocks.h"
+#include "tests/cpp/SoftErrorRecorder.h"
+#include "tests/cpp/TemporaryDirectory.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using testing::UnorderedElementsAre;
+
+TEST(Synchronizer, adoptsWhatIsThereAndDropsWhatIsNot) {
+  const TemporaryDirectory root;
+  root.write("known", "12345");
+  root.write("new", "123");
+  root.write("dir/sub/file", "1234");
+  root.write(".hidden", "1");
+  root.write("extra/known", "1");
+  CacheMetadataFilesystemSynchronizer synchronizer(quovix::make_shared_ref<FilesystemOperations>());
+  const Names ignored{"metadata.json", "extra"};
+  auto first = synchronizer.synchronize(
+      std::make_unique<CacheMetadata>(std::vector<std::pair<std::string, CacheMetadataEntry>>{
+          {"gone", {1, 1, false}}, {"known", {100, 2, true}}}),
+      root.path(), ignored);
+  EXPECT_TRUE(first.changed);
+  EXPECT_EQ(107, first.metadata->getTotalSize());
+  std::vector<std::string> records;
+  for (const auto& [name, entry] : first.metadata->getEntries()) {
+    records.push_back(name + " " + std::to_string(entry.size) + " " +
+                      std::to_string(entry.lastAccess) + " " + std::to_string(entry.locked));
+  }
+  EXPECT_THAT(records, UnorderedElementsAre("known 100 2 1", "new 3 0 0", "dir 4 0 0"));
+
+  const ICacheMetadata* const same = first.metadata.get();
+  const auto second = synchronizer.synchronize(std::move(first.metadata), root.path(), ignored);
+  EXPECT_FALSE(second.changed);
+  EXPECT_EQ(same, second.metadata.get());
+}
+
+/// A cache as apps have it, over a directory of its own. No soft error may go unnoticed.
+class FileCacheOnDisk : public testing::Test {
+ protected:
+  ~FileCacheOnDisk() override { EXPECT_THAT(takeErrors(), IsEmpty()); }
+
+  std::vector<std::string> takeErrors() {
+    std::vector<std::string> messages;
+    for (const auto& record : recorder_.records()) {
+      messages.push_back(record.message);
+    }
+    recorder_.records().clear();
+    return messages;
+  }
+  void put(const std::string& key, const std::string& content) {
+    cache_->insertAndLock(key);
+    root_.write(key, content);
+    cache_->commit(key);
+  }
+  std::string metadata() { return root_.read("metadata.json"); }
+
+  SoftErrorRecorder recorder_;
+  TemporaryDirectory root_;
+  std::shared_ptr<IFileCache> cache_ = createFileCache(root_.path(), 10);
+};
+
+TEST_F(FileCacheOnDisk, forgetsLocksAndPromotionsThatWereNotSaved) {
+  cache_->insertAndLock("k");
+  EXPECT_EQ(IFileCache::MemContainsStatus::Absent, cache_->memContains("k"))
+      << "the reload has dropped a record without a file";
+  root_.write("k", "123");
+  EXPECT_EQ(IFileCache::MemContainsStatus::Present, cache_->memContains("k"));
+  EXPECT_EQ(R"({"entries":[{"key":"k","size":3,"lastAccess":0}]})", metadata());
+  cache_->getCacheEntry("k");
+  EXPECT_THAT(metadata(), testing::Not(HasSubstr(R"("lastAccess":0)")));
+}
+
+TEST_F(FileCacheOnDisk, evictsLockedEntriesOldestFirstAndNewOnesBeforeTheyArePromoted) {
+  root_.write("metadata.json", R"({"entries":[{"key":"old","size":4,"lastAccess":10},)"
+                               R"({"key":"older","size":4,"lastAccess":5}]})");
+  root_.write("old", "1234");
+  root_.write("older", "1234");
+  root_.write("extra/older", "x");
+  cache_->getAllMetas();
+  put("new", "123");
+  EXPECT_FALSE(root_.has("new")) << "adopted with access time 0";
+  EXPECT_TRUE(root_.has("older"));
+
+  cache_->insertAndLock("new");
+  root_.write("new", "123");
+  cache_->getCacheEntry("new");
+  cache_->commit("new");
+  EXPECT_FALSE(root_.has("older"));
+  EXPECT_FALSE(root_.has("extra/older"));
+  EXPECT_TRUE(root_.has("old"));
+  EXPECT_EQ(7, cache_->getSize());
+}
+
+TEST_F(FileCacheOnDisk, savesTheCommittedSizeOnlyWhenNothingIsEvicted) {
+  root_.write("k", "123");
+  cache_->commit("k", 8);
+  EXPECT_EQ(8, cache_->getSize());
+  cache_->getCacheEntry("k");
+  root_.write("victim", "1234");
+  cache_->commit("k", 9);
+  EXPECT_FALSE(root_.has("victim"));
+  EXPECT_EQ(8, cache_->getSize()) << "the size before the eviction's reload";
+}
+
+TEST_F(FileCacheOnDisk, storesKeysWithSpecialCharactersUnderEscapedNames) {
+  const std::string special = "\"*:<>?|\\";
+  for (const char character : special) {
+    const std::string key = std::string("k") + character;
+    const auto path = cache_->insertAndLock(key)->path;
+    EXPECT_EQ(root_ / ("k%" + key.substr(1)), path);
+    root_.write("k%" + key.substr(1), "1");
+    EXPECT_EQ(path, cache_->getCacheEntry(key)->path);
+    EXPECT_TRUE(cache_->remove(key));
+  }
+  EXPECT_EQ(root_ / "a%/b", cache_->insertAndLock("a/b")->path);
+  root_.write("a%/b", "1");
+  EXPECT_EQ(root_ / "a%/b", cache_->getCacheEntryWithoutPromotion("a/b")->path);
+
+  root_.write("k%:", "12345678901");
+  cache_->commit("k:");
+  EXPECT_TRUE(root_.has("k%:")) << "eviction looks for k%%: and finds nothing";
+  EXPECT_EQ(nullptr, cache_->getCacheEntryWithoutPromotion("k%:"));
+  EXPECT_GT(cache_->getSize(), 10);
+}
+
+TEST_F(FileCacheOnDisk, keepsExtraBytesPerEntry) {
+  EXPECT_FALSE(cache_->updateExtra(".hidden", {1}));
+  EXPECT_THAT(cache_->getAllMetas(), IsEmpty());
+  put("a", "1");
+  put("b", "1");
+  EXPECT_TRUE(cache_->updateExtra("a", {0, 255}));
+  const auto metas = cache_->getAllMetas();
+  ASSERT_EQ(1u, metas.size());
+  EXPECT_EQ("a", metas[0].first);
+  EXPECT_THAT(metas[0].second.extra, ElementsAre(0, 255));
+  cache_->insertAndLock("a");
+  EXPECT_THAT(cache_->getAllMetas(), IsEmpty()) << "extra bytes belong to the old content";
+}
+
+TEST_F(FileCacheOnDisk, keepsNamesThatAreNotUtf8) {
+  put("\xFF\xFE(", "12");
+  cache_->getCacheEntry("\xFF\xFE(");
+  EXPECT_EQ(2, createFileCache(root_.path(), 10)->getSize());
+  EXPECT_THAT(metadata(), HasSubstr("\xFF\xFE("));
+  EXPECT_TRUE(cache_->remove("\xFF\xFE("));
+}
+
+/// Calls every operation that reloads.
+std::vector<bool> callAll(IFileCache& cache) {
+  cache.unlock("k");
+  cache.commit("k", 1);
+  cache.clear();
+  return {cache.insertAndLock("k") == nullptr,
+          cache.getCacheEntry("k") == nullptr,
+          !cache.updateExtra("k", {1}),
+          cache.getAllMetas().empty(),
+          cache.memContains("k") == IFileCache::MemContainsStatus::Unknown,
+          !cache.remove("k"),
+          cache.getSize() == 0};
+}
+
+TEST_F(FileCacheOnDisk, answersNeutrallyWithOneReportEachWhenItCannotReload) {
+  constexpr std::size_t operations = 10;
+  const struct {
+    std::string root, cause;
+  } cases[] = {
+      {root_ / "gone", "Could not iterate over '" + (root_ / "gone") + "' with error "},
+      {root_ / "file", "Could not iterate over '" + (root_ / "file") + "' with error "},
+      {root_ / "damaged", "Deserializing failed: '{\"ent' with exception: "},
+      {root_ / "linked", "Could not open file."},
+  };
+  root_.write("file", "1");
+  root_.write("damaged/metadata.json", "{\"ent");
+  root_.write("damaged/k", "kept");
+  root_.write("linked/k", "kept");
+  std::filesystem::create_symlink("/proc/self/mem", root_ / "linked/metadata.json");
+  for (const auto& [root, cause] : cases) {
+    EXPECT_THAT(callAll(*createFileCache(root, 0)), testing::Each(true)) << root;
+    const auto errors = takeErrors();
+    EXPECT_EQ(operations, errors.size());
+    EXPECT_THAT(errors, testing::Each(HasSubstr(": " + cause)));
+  }
+  EXPECT_EQ("kept", root_.read("damaged/k"));
+  EXPECT_EQ("kept", root_.read("linked/k"));
+  EXPECT_EQ("1", root_.read("file"));
+}
+
+TEST_F(FileCacheOnDisk, clearsEverythingAndWorksAgainOnceTheRootIsBack) {
+  put("a", "1");
+  cache_->clear();
+  EXPECT_FALSE(root_.has(""));
+  EXPECT_EQ(nullptr, cache_->insertAndLock("a"));
+  EXPECT_THAT(takeErrors(), ElementsAre(StartsWith("Error for insertAndLock: Could not iterate")));
+  root_.write("a", "12");
+  EXPECT_EQ(2, cache_->getSize());
+}
+
+}  // namespace
+}  // namespace zentrel::vistabase::ardelivery

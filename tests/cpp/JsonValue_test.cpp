@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+
+#include "support/json/JsonValue.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+template <class Convert>
+std::string outcome(const Convert& convert, const std::string& text) {
+  try {
+    return convert(json::parse(text));
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+}
+
+TEST(JsonValue, convertsScalarsStrictly) {
+  const std::string max = "9223372036854775807";
+  const std::string tooLarge = "9223372036854775808";
+  const std::string notInt = " is not a 64-bit integer";
+  const struct {
+    std::string text, asString, asInt64;
+  } cases[] = {
+      {"7", "7", "7"},
+      {max, max, max},
+      {tooLarge, "conversion error: " + tooLarge + notInt,
+       "conversion error: " + tooLarge + notInt},
+      {"1.5", "1.5", "conversion error: 1.5" + notInt},
+      {"-2.0", "-2", "-2"},
+      {"9.3e18", "9.3e+18", "conversion error: 9.3e+18" + notInt},
+      {"0.1", "0.1", "conversion error: 0.1" + notInt},
+      {"true", "1", "1"},
+      {"false", "0", "0"},
+      {R"("42")", "42", "42"},
+      {R"("42 ")", "42 ", R"(conversion error: "42 ")" + notInt},
+      {R"("")", "", R"(conversion error: "")" + notInt},
+      {R"("9223372036854775808")", tooLarge, "conversion error: \"" + tooLarge + "\"" + notInt},
+      {"null", "type error: expected int/double/bool/string, found null",
+       "type error: expected int/double/bool/string, found null"},
+      {"[]", "type error: expected int/double/bool/string, found array",
+       "type error: expected int/double/bool/string, found array"},
+  };
+  for (const auto& [text, asString, asInt64] : cases) {
+    EXPECT_EQ(asString, outcome(&json::toString, text)) << text;
+    EXPECT_EQ(asInt64,
+              outcome([](const JsonValue& v) { return std::to_string(json::toInt64(v)); }, text))
+        << text;
+  }
+  const auto toInt32 = [](const JsonValue& v) { return std::to_string(json::toInt32(v)); };
+  EXPECT_EQ("-2147483648", outcome(toInt32, "-2147483648"));
+  EXPECT_EQ("conversion error: 2147483648 is not a 32-bit integer", outcome(toInt32, "2147483648"));
+}
+
+TEST(JsonValue, keepsBytesThatAreNotUtf8) {
+  const std::string bytes = "\xFF\xC3(\xED\xA0\x80 \"\\\n";
+  EXPECT_EQ(bytes, json::toString(json::parse(json::write(JsonValue(bytes)))));
+}
+
+TEST(JsonValue, refusesWhatIsNotOneDocument) {
+  for (const std::string text : {"", " ", "{", "[1,]", "1 2", "\xEF\xBB\xBF{}", "{'a':1}", "NaN"}) {
+    EXPECT_THROW(json::parse(text), std::runtime_error) << text;
+  }
+  EXPECT_THROW(json::parse(std::string(100'000, '[')), std::runtime_error);
+  EXPECT_EQ("parse error: syntax error at byte 1", outcome(&json::toString, "[x]"));
+}
+
+}  // namespace
+}  // namespace zentrel::vistabase::ardelivery
