@@ -13,8 +13,8 @@ build_packages=(
 test_packages=(libgmock-dev libgtest-dev junit5)
 # Real face-detection models, and small enough to be in Debian.
 demo_packages=(opencv-data)
-# The other compiler and linker (Android's), and the formatter.
-ci_packages=(clang clang-format git lld)
+# The other compiler and linker (Android's), the formatter and the linter.
+ci_packages=(clang clang-format clang-tidy git lld)
 
 # quietly COMMAND...: shows what the command prints only when it fails.
 quietly() {

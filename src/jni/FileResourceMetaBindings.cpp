@@ -1,6 +1,7 @@
 #include "jni/FileResourceMetaBindings.h"
 
 #include <memory>
+#include <utility>
 
 #include "platform/zentreljni/HybridData.h"
 #include "platform/zentreljni/JByteBuffer.h"
@@ -14,7 +15,7 @@ constexpr const char* kClass = "com/zentrel/vistabase/assets/tesselcache/ARDFile
 
 class FileResourceMetaHybrid final : public jni::HybridBase {
  public:
-  explicit FileResourceMetaHybrid(const FileCacheEntryMeta& meta) : meta_(meta) {}
+  explicit FileResourceMetaHybrid(FileCacheEntryMeta meta) : meta_(std::move(meta)) {}
 
   /// A buffer with bytes of its own: callers keep it longer than the meta.
   jni::LocalRef<jobject> getExtra() {

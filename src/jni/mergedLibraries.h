@@ -17,9 +17,11 @@ struct MergedLibrary {
 
 // The bounds of the section that holds the rows, made by the linker and exported, so that tools can
 // read the table of a built library. The first row is a placeholder.
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker chooses the names.
+#pragma GCC visibility push(default)
 extern "C" {
-__attribute__((visibility(
-    "default"))) extern const zentrel::jni::MergedLibrary __start_pre_merge_jni_libraries[];
-__attribute__((visibility(
-    "default"))) extern const zentrel::jni::MergedLibrary __stop_pre_merge_jni_libraries[];
+extern const zentrel::jni::MergedLibrary __start_pre_merge_jni_libraries[];
+extern const zentrel::jni::MergedLibrary __stop_pre_merge_jni_libraries[];
 }
+#pragma GCC visibility pop
+// NOLINTEND(bugprone-reserved-identifier)

@@ -15,9 +15,9 @@ std::int64_t nowInMilliseconds() {
 }  // namespace
 
 CacheMetadata::CacheMetadata(std::vector<std::pair<std::string, CacheMetadataEntry>> entries) {
-  for (auto& [name, entry] : entries) {
-    totalSize_ = wrappingAdd(totalSize_, entry.size);
-    entries_.try_emplace(std::move(name), entry);
+  for (auto& record : entries) {
+    totalSize_ = wrappingAdd(totalSize_, record.second.size);
+    entries_.insert(std::move(record));
   }
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <utility>
+
 #include "delivery/FileCache/BytesVector.h"
 
 namespace zentrel::vistabase::ardelivery {
 
 /// What the cache tells of one entry beyond its path.
 struct FileCacheEntryMeta {
-  explicit FileCacheEntryMeta(const BytesVector& extraBytes) : extra(extraBytes) {}
+  explicit FileCacheEntryMeta(BytesVector extraBytes) : extra(std::move(extraBytes)) {}
 
   BytesVector extra;  ///< The bytes that updateExtra last wrote.
 };

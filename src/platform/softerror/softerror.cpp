@@ -32,8 +32,11 @@ void printSoftError(const char* file, const char* function, int line, Severity s
   va_list again;
   va_start(arguments, format);
   va_copy(again, arguments);
-  const int length =
-      format == nullptr ? -1 : std::vsnprintf(shortMessage, sizeof shortMessage, format, arguments);
+  int length = -1;
+  if (format != nullptr) {
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): a false alarm of version 14.
+    length = std::vsnprintf(shortMessage, sizeof shortMessage, format, arguments);
+  }
   if (length < 0) {
     message = orNull(format);
   } else if (static_cast<std::size_t>(length) >= sizeof shortMessage) {

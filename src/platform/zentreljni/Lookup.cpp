@@ -16,7 +16,7 @@ Id checkedId(Id id) {
 jclass findClassStatic(const char* name) {
   JNIEnv* const env = environment();
   const LocalRef<jclass> local = checkedLocal(env->FindClass(name));
-  const auto global = static_cast<jclass>(env->NewGlobalRef(local.get()));
+  auto* const global = static_cast<jclass>(env->NewGlobalRef(local.get()));
   if (global == nullptr) {
     throw std::bad_alloc();
   }

@@ -4,8 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace quovix {
-namespace detail {
+namespace quovix::detail {
 
 /// The type's full name as the compiler prints it inside a function's signature:
 /// "... [with T = NAME; ...]" from g++, "... [T = NAME]" from clang.
@@ -24,7 +23,7 @@ struct TypeName {
 };
 
 /// "NAME<A, B>", with a space before the closing bracket where it follows another one.
-inline std::string templateName(std::string name, const std::string& arguments) {
+inline std::string templateName(const std::string& name, const std::string& arguments) {
   return name + "<" + arguments + (arguments.back() == '>' ? " >" : ">");
 }
 
@@ -34,5 +33,4 @@ struct TypeName<std::default_delete<T>> {
   static std::string get() { return templateName("std::default_delete", TypeName<T>::get()); }
 };
 
-}  // namespace detail
-}  // namespace quovix
+}  // namespace quovix::detail

@@ -2,13 +2,11 @@
 
 #include "platform/softerror/softerror.h"
 
-namespace quovix {
-namespace detail {
+namespace quovix::detail {
 
 void reportNull(const char* file, const std::string& function, int line) noexcept {
   softerror::printSoftError(file, function.c_str(), line, softerror::Severity::Assertion,
                             "AREngine", "Assert triggered on line: %d, in file: %s", line, file);
 }
 
-}  // namespace detail
-}  // namespace quovix
+}  // namespace quovix::detail
