@@ -10,7 +10,7 @@ public final class Demo {
     private Demo() {}
 
     public static void main(String[] arguments) throws Exception {
-        Path folder = Paths.get(arguments[1]).toAbsolutePath();
+        Path folder = Paths.get(arguments[1]);
         List<File> files = new ArrayList<>();
         Arrays.stream(arguments).skip(2).map(File::new).forEach(files::add);
         ModelLife life = new ModelLife(folder, files);
