@@ -4,9 +4,18 @@
 
 namespace zentrel::vistabase::ardelivery {
 
+/// Names in the root that are the cache's own.
+constexpr const char* kMetadataName = "metadata.json";
+constexpr const char* kExtraName = "extra";
+
 /// The name of a key's file below the root: each of " * / : < > ? | \ gets a percent sign before
 /// it and is itself kept, so that a/b is the file b in the directory a%. Escaping twice escapes
 /// twice.
 std::string escapeKey(const std::string& key);
+
+/// As `escapeKey`, for a key that a caller gives. Throws std::runtime_error, which quotes the key
+/// and says why, when the file would be the root itself, lie outside it, have its name cut short at
+/// a zero byte, or be one of the cache's own.
+std::string fileNameOf(const std::string& key);
 
 }  // namespace zentrel::vistabase::ardelivery

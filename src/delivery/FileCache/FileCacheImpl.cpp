@@ -8,9 +8,6 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-constexpr const char* kMetadataName = "metadata.json";
-constexpr const char* kExtraName = "extra";
-
 std::shared_ptr<FileCacheEntry> makeEntry(const boost::filesystem::path& path) {
   return std::make_shared<FileCacheEntry>(FileCacheEntry{path.string()});
 }
@@ -43,7 +40,7 @@ FileCacheImpl::~FileCacheImpl() {
 }
 
 std::shared_ptr<FileCacheEntry> FileCacheImpl::insertAndLock(const std::string& key) {
-  const std::string name = escapeKey(key);
+  const std::string name = fileNameOf(key);
   ensureLoaded();
   filesystem_->createDirectories(root_);
   metadata_->lockEntry(name);
@@ -52,7 +49,7 @@ std::shared_ptr<FileCacheEntry> FileCacheImpl::insertAndLock(const std::string& 
 }
 
 void FileCacheImpl::commit(const std::string& key) {
-  const std::string name = escapeKey(key);
+  const std::string name = fileNameOf(key);
   const std::uint64_t size = filesystem_->getSize(pathOf(name));
   // The other form escapes the name a second time. It has to stay so, although the size of a key
   // with a special character is then recorded nowhere: such a file is adopted by the reload.
@@ -60,7 +57,7 @@ void FileCacheImpl::commit(const std::string& key) {
 }
 
 void FileCacheImpl::commit(const std::string& key, std::int64_t size) {
-  const std::string name = escapeKey(key);
+  const std::string name = fileNameOf(key);
   ensureLoaded();
   metadata_->setEntrySize(name, size);
   for (const std::string& evicted : evictor_->selectKeysToEvict(*metadata_)) {
@@ -70,14 +67,14 @@ void FileCacheImpl::commit(const std::string& key, std::int64_t size) {
 }
 
 void FileCacheImpl::unlock(const std::string& key) {
-  const std::string name = escapeKey(key);
+  const std::string name = fileNameOf(key);
   ensureLoaded();
   metadata_->unlockEntry(name);
   saveMetadata(*metadata_);
 }
 
 std::shared_ptr<FileCacheEntry> FileCacheImpl::getCacheEntry(const std::string& key) {
-  const std::string name = escapeKey(key);
+  const std::string name = fileNameOf(key);
   ensureLoaded();
   const boost::filesystem::path path = pathOf(name);
   if (!filesystem_->exists(path)) {
@@ -90,12 +87,12 @@ std::shared_ptr<FileCacheEntry> FileCacheImpl::getCacheEntry(const std::string& 
 
 std::shared_ptr<FileCacheEntry> FileCacheImpl::getCacheEntryWithoutPromotion(
     const std::string& key) {
-  const boost::filesystem::path path = pathOf(escapeKey(key));
+  const boost::filesystem::path path = pathOf(fileNameOf(key));
   return filesystem_->exists(path) ? makeEntry(path) : nullptr;
 }
 
 bool FileCacheImpl::updateExtra(const std::string& key, BytesVector&& extra) {
-  const std::string name = escapeKey(key);
+  const std::string name = fileNameOf(key);
   ensureLoaded();
   if (!metadata_->hasEntry(name)) {
     return false;
@@ -122,7 +119,7 @@ std::vector<std::pair<std::string, FileCacheEntryMeta>> FileCacheImpl::getAllMet
 }
 
 IFileCache::MemContainsStatus FileCacheImpl::memContains(const std::string& key) {
-  const std::string name = escapeKey(key);
+  const std::string name = fileNameOf(key);
   ensureLoaded();
   if (!metadata_->hasEntry(name)) {
     return MemContainsStatus::Absent;
@@ -132,6 +129,7 @@ IFileCache::MemContainsStatus FileCacheImpl::memContains(const std::string& key)
 }
 
 bool FileCacheImpl::remove(const std::string& key) {
+  fileNameOf(key);
   const bool removed = evictAndRemove(key);
   saveMetadata(*metadata_);
   return removed;

@@ -14,6 +14,8 @@ public class FileCacheBasicImpl extends ARDFileCache {
         MergedSoMapping.load("liblmardcache-jni.so");
     }
 
+    private final File mRoot;
+
     /**
      * Creates the root directory if it is missing. If that fails, the operations report it.
      *
@@ -21,7 +23,30 @@ public class FileCacheBasicImpl extends ARDFileCache {
      */
     public FileCacheBasicImpl(String rootPath, long maxSizeBytes) {
         super(initHybrid(rootPath, maxSizeBytes));
-        new File(rootPath).mkdirs();
+        mRoot = new File(rootPath);
+        mRoot.mkdirs();
+    }
+
+    /**
+     * Sets the cache's own bookkeeping aside. To be called when every operation fails because
+     * {@code metadata.json} is damaged: the next operation then adopts every entry again, as not
+     * used recently. Entries and their extra bytes stay.
+     *
+     * <p>The file is renamed to {@code .metadata.json.damaged}, in place of an earlier one.
+     *
+     * @return false if there was no such file
+     * @throws IllegalStateException if the file could not be renamed
+     */
+    public boolean recoverMetadata() {
+        File damaged = new File(mRoot, "metadata.json");
+        File aside = new File(mRoot, ".metadata.json.damaged");
+        if (!damaged.exists()) {
+            return false;
+        }
+        if (!damaged.renameTo(aside)) {
+            throw new IllegalStateException("could not rename " + damaged + " to " + aside);
+        }
+        return true;
     }
 
     public static native HybridData initHybrid(String rootPath, long maxSizeBytes);
