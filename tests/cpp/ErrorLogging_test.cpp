@@ -5,6 +5,7 @@
 
 #include "delivery/FileCache/FileCacheWithErrorLogging/FileCacheWithErrorLogging.h"
 #include "tests/cpp/Mocks.h"
+#include "tests/cpp/Operations.h"
 #include "tests/cpp/SoftErrorRecorder.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -31,40 +32,6 @@ struct FailingFileCache : IFileCache {
   void flushExtra() override { fail(); }
 };
 
-/// An operation: the beginning and the end of its signature, the name that its reports use, and a
-/// call that tells whether the result was the neutral one.
-struct Operation {
-  std::string result, signature, label;
-  std::function<bool(IFileCache&)> call;
-};
-
-const Operation kOperations[] = {
-    {"std::shared_ptr<FileCacheEntry>", "insertAndLock(const std::string &)", "insertAndLock",
-     [](IFileCache& cache) { return !cache.insertAndLock("k"); }},
-    {"void", "commit(const std::string &)", "commit",
-     [](IFileCache& cache) { return cache.commit("k"), true; }},
-    {"void", "commit(const std::string &, int64_t)", "commit",
-     [](IFileCache& cache) { return cache.commit("k", 1), true; }},
-    {"void", "unlock(const std::string &)", "unlock",
-     [](IFileCache& cache) { return cache.unlock("k"), true; }},
-    {"std::shared_ptr<FileCacheEntry>", "getCacheEntry(const std::string &)", "getCacheEntry",
-     [](IFileCache& cache) { return !cache.getCacheEntry("k"); }},
-    {"std::shared_ptr<FileCacheEntry>", "getCacheEntryWithoutPromotion(const std::string &)",
-     "getCacheEntryWithoutPromotion",
-     [](IFileCache& cache) { return !cache.getCacheEntryWithoutPromotion("k"); }},
-    {"bool", "updateExtra(const std::string &, zentrel::vistabase::ardelivery::BytesVector &&)",
-     "updateExtra", [](IFileCache& cache) { return !cache.updateExtra("k", {}); }},
-    {"std::vector<std::pair<std::string, FileCacheEntryMeta> >", "getAllMetas()", "getAllMetas",
-     [](IFileCache& cache) { return cache.getAllMetas().empty(); }},
-    {"IFileCache::MemContainsStatus", "memContains(const std::string &)", "memContains",
-     [](IFileCache& cache) { return cache.memContains("k") == Status(2); }},
-    {"bool", "remove(const std::string &)", "remove",
-     [](IFileCache& cache) { return !cache.remove("k"); }},
-    {"int64_t", "getSize()", "getSize", [](IFileCache& cache) { return cache.getSize() == 0; }},
-    {"void", "clear()", "clear", [](IFileCache& cache) { return cache.clear(), true; }},
-    {"void", "flushExtra()", "flush", [](IFileCache& cache) { return cache.flushExtra(), true; }},
-};
-
 TEST(ErrorLogging, turnsEachFailureIntoOneReportAndANeutralResult) {
   const std::string scope = " zentrel::vistabase::ardelivery::FileCacheWithErrorLogging::";
   auto failing = std::make_shared<FailingFileCache>();
@@ -73,9 +40,9 @@ TEST(ErrorLogging, turnsEachFailureIntoOneReportAndANeutralResult) {
     SCOPED_TRACE(operation.signature);
     const SoftErrorRecorder recorder;
     failing->fail = [] { throw std::runtime_error("100%s"); };
-    EXPECT_TRUE(operation.call(cache));
+    EXPECT_TRUE(operation.call(cache, "k"));
     failing->fail = [] { throw 1; };
-    EXPECT_TRUE(operation.call(cache));
+    EXPECT_TRUE(operation.call(cache, "k"));
 
     ASSERT_EQ(2u, recorder.records().size());
     for (const auto& report : recorder.records()) {

@@ -2,6 +2,7 @@
 
 #include "delivery/FileCache/CacheMetadata.h"
 #include "tests/cpp/Mocks.h"
+#include "tests/cpp/Operations.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -148,6 +149,35 @@ TEST_F(FileCacheSequence, clearReloadsBeforeItDeletesTheRoot) {
   EXPECT_CALL(*filesystem_, removeAll(Path("/r"))).WillOnce(Return(true));
   cache_.clear();
   cache_.flushExtra();
+}
+
+TEST_F(FileCacheSequence, keysThatAreNotForFilesAreRefusedBeforeAnythingIsCalled) {
+  const std::string root = "its file would be the root itself";
+  const std::string own = "its file would be one of the cache's own";
+  const struct {
+    std::string key, quoted, reason;
+  } cases[] = {
+      {"", "", root},
+      {".", ".", root},
+      {"..", "..", "its file would lie outside the root"},
+      {"a/..", "a/..", root},
+      {"/..", "/..", root},
+      {std::string("a\0b", 3), "a\\0b", "its file's name would be cut short at a zero byte"},
+      {"metadata.json", "metadata.json", own},
+      {"extra", "extra", own},
+  };
+  for (const auto& [key, quoted, reason] : cases) {
+    for (const Operation& operation : kOperations) {
+      if (operation.signature.find("string") != std::string::npos) {
+        try {
+          operation.call(cache_, key);
+          ADD_FAILURE() << operation.signature << quoted;
+        } catch (const std::runtime_error& error) {
+          EXPECT_EQ("Refused the key '" + quoted + "': " + reason, error.what());
+        }
+      }
+    }
+  }
 }
 
 TEST_F(FileCacheSequence, aFailurePassesThroughAndEndsTheOperation) {
