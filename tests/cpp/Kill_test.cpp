@@ -108,10 +108,10 @@ TEST(Kill, losesNoCommittedEntryWheneverItHappens) {
       files->remove("versioned_index");
       ++damagedIndexes;
     }
-    for (const auto& [key, state] : last) {
-      if (state.committed) {
+    for (const auto& [key, progress] : last) {
+      if (progress.committed) {
         ASSERT_NE(nullptr, files->getCacheEntry(keyOf(key)));
-        ASSERT_EQ(contentOf(key, state.generation), root.read(keyOf(key)));
+        ASSERT_EQ(contentOf(key, progress.generation), root.read(keyOf(key)));
       }
     }
     ASSERT_TRUE(recorder.records().empty());
