@@ -6,5 +6,5 @@ file(REAL_PATH ${Java_JAVAC_EXECUTABLE} JAVA_HOME)
 cmake_path(GET JAVA_HOME PARENT_PATH JAVA_HOME)
 cmake_path(GET JAVA_HOME PARENT_PATH JAVA_HOME)
 
-# Release 8: Android apps take the classes as they are.
-set(CMAKE_JAVA_COMPILE_FLAGS --release 8 -encoding UTF-8 -Xlint:all -Werror)
+# Release 8: Android apps take the classes as they are. Newer compilers call it obsolete.
+set(CMAKE_JAVA_COMPILE_FLAGS --release 8 -encoding UTF-8 -Xlint:all,-options -Werror)

@@ -16,6 +16,11 @@ demo_packages=(opencv-data)
 # The other compiler and linker (Android's), the formatter and the linter.
 ci_packages=(clang clang-format clang-tidy git lld)
 
+# libFuzzer comes with clang's runtime.
+fuzz_packages=(clang libclang-rt-14-dev)
+# Compiling for 32 bits.
+small_packages=(g++-multilib)
+
 # quietly COMMAND...: shows what the command prints only when it fails.
 quietly() {
   local log status=0

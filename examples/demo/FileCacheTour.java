@@ -26,11 +26,11 @@ final class FileCacheTour {
         long budget = mFiles.stream().mapToLong(File::length).sum();
         Show.chapter("The file cache, with a budget of " + budget + " bytes");
         try (FileCacheBasicImpl cache = new FileCacheBasicImpl(mRoot.toString(), budget)) {
-            for (File file : mFiles) {
-                Show.step("Put " + file.getName() + " in");
-                put(cache, file, file.getName());
+            for (int i = 0; i < mFiles.size(); ++i) {
+                Show.step("Put " + mFiles.get(i).getName() + " in");
+                put(cache, mFiles.get(i), key(i));
             }
-            String first = mFiles.get(0).getName();
+            String first = key(0);
             lookUp(cache, first);
             attachExtraBytes(cache, first);
             exceedBudget(cache);
@@ -81,10 +81,15 @@ final class FileCacheTour {
         Show.step("Go over the budget: the file that was not used for longest has to go");
         File again = mFiles.get(0);
         put(cache, again, "one_more.bin");
-        for (File file : mFiles) {
-            boolean cached = cache.getCacheEntryWithoutPromotion(file.getName()) != null;
-            Show.note(file.getName() + (cached ? " is still there" : " was evicted"));
+        for (int i = 0; i < mFiles.size(); ++i) {
+            boolean cached = cache.getCacheEntryWithoutPromotion(key(i)) != null;
+            Show.note(key(i) + (cached ? " is still there" : " was evicted"));
         }
+    }
+
+    /** The numbers keep files of one name apart. */
+    private String key(int i) {
+        return (i + 1) + "-" + mFiles.get(i).getName();
     }
 
     private static void remove(FileCacheBasicImpl cache, String key) {

@@ -1,10 +1,9 @@
 #include "jni/FileResourceMetaBindings.h"
 
 #include <memory>
-#include <utility>
 
+#include "jni/FileResourceMetaHybrid.h"
 #include "platform/zentreljni/HybridData.h"
-#include "platform/zentreljni/JByteBuffer.h"
 #include "platform/zentreljni/Lookup.h"
 #include "platform/zentreljni/NativeMethods.h"
 
@@ -12,19 +11,6 @@ namespace zentrel::vistabase::ardelivery {
 namespace {
 
 constexpr const char* kClass = "com/zentrel/vistabase/assets/tesselcache/ARDFileResourceMeta";
-
-class FileResourceMetaHybrid final : public jni::HybridBase {
- public:
-  explicit FileResourceMetaHybrid(FileCacheEntryMeta meta) : meta_(std::move(meta)) {}
-
-  /// A buffer with bytes of its own: callers keep it longer than the meta.
-  jni::LocalRef<jobject> getExtra() {
-    return jni::JByteBuffer::wrapBytes(meta_.extra.data(), meta_.extra.size());
-  }
-
- private:
-  const FileCacheEntryMeta meta_;
-};
 
 }  // namespace
 

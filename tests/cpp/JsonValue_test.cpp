@@ -28,6 +28,8 @@ TEST(JsonValue, convertsScalarsStrictly) {
       {"1.5", "1.5", "conversion error: 1.5" + notInt},
       {"-2.0", "-2", "-2"},
       {"9.3e18", "9.3e+18", "conversion error: 9.3e+18" + notInt},
+      {"-9223372036854775809", "-9223372036854775808",
+       "conversion error: -9223372036854775808" + notInt},
       {"0.1", "0.1", "conversion error: 0.1" + notInt},
       {"true", "1", "1"},
       {"false", "0", "0"},

@@ -1,7 +1,5 @@
 #include "delivery/FileCache/FileCacheImpl.h"
 
-#include <unordered_set>
-
 #include "delivery/FileCache/CacheKey.h"
 #include "delivery/FileCache/CacheMetadata.h"
 
@@ -51,8 +49,9 @@ std::shared_ptr<FileCacheEntry> FileCacheImpl::insertAndLock(const std::string& 
 void FileCacheImpl::commit(const std::string& key) {
   const std::string name = fileNameOf(key);
   const std::uint64_t size = filesystem_->getSize(pathOf(name));
-  // The other form escapes the name a second time. It has to stay so, although the size of a key
-  // with a special character is then recorded nowhere: such a file is adopted by the reload.
+  // The other form escapes the name a second time, so that the size of a key with a special
+  // character is recorded nowhere. It has to stay so: such files are recorded by the reload that
+  // adopts them, and the sizes and ages in existing caches come from there.
   commit(name, static_cast<std::int64_t>(size));
 }
 
@@ -160,9 +159,8 @@ quovix::unique_ref<ICacheMetadata> FileCacheImpl::loadMetadata() {
   auto stored = filesystem_->isFile(metadataFile_)
                     ? serializer_->deserialize(fileIO_->readFile(metadataFile_.string()))
                     : quovix::unique_ref<ICacheMetadata>(std::make_unique<CacheMetadata>());
-  static const std::unordered_set<std::string> reserved{kMetadataName, kExtraName};
   SynchronizationResult result =
-      synchronizer_->synchronize(std::move(stored).release(), root_, reserved);
+      synchronizer_->synchronize(std::move(stored).release(), root_, {kMetadataName, kExtraName});
   if (result.changed) {
     saveMetadata(*result.metadata);
   }

@@ -1,14 +1,31 @@
 #include <android/log.h>
 
+#include <string>
+
 #include "platform/softerror/softerror.h"
 
 namespace softerror {
+namespace {
+
+/// The log cuts entries off at about 4,000 bytes. A message that quotes a whole file has its cause
+/// at the end, so the middle is what has to go.
+std::string shortened(std::string message) {
+  constexpr std::size_t kept = 1500;
+  if (message.size() > 2 * kept) {
+    message.replace(kept, message.size() - 2 * kept, " [...] ");
+  }
+  return message;
+}
+
+}  // namespace
 
 void platformSink(const Report& report) {
   const int priority =
       report.severity == Severity::Recoverable ? ANDROID_LOG_WARN : ANDROID_LOG_ERROR;
-  __android_log_print(priority, report.category, "%s (%s:%d, %s)", report.message, report.file,
-                      report.line, report.function);
+  const std::string line = std::string(report.file) + ":" + std::to_string(report.line) + ", " +
+                           report.function + ": " + shortened(report.message);
+  // Not __android_log_print, whose own buffer is smaller still.
+  __android_log_write(priority, report.category, line.c_str());
 }
 
 }  // namespace softerror

@@ -10,19 +10,22 @@ namespace zentrel::jni {
 namespace {
 
 constexpr const char* kHybridClassBase = "com/zentrel/jni/HybridClassBase";
-constexpr const char* kHybridData = "com/zentrel/jni/HybridData";
 constexpr const char* kDestructor = "com/zentrel/jni/HybridData$Destructor";
 constexpr const char* kDestructorDescriptor = "Lcom/zentrel/jni/HybridData$Destructor;";
 constexpr const char* kNullPointerException = "java/lang/NullPointerException";
 
+jclass hybridDataClass() {
+  static const jclass type = findClassStatic("com/zentrel/jni/HybridData");
+  return type;
+}
+
 LocalRef<jobject> create() {
-  static const JavaConstructor constructor(kHybridData, "()V");
+  static const JavaConstructor constructor(hybridDataClass(), "()V");
   return constructor();
 }
 
 LocalRef<jobject> destructorOf(jobject hybridData) {
-  static const jfieldID field =
-      findField(findClassStatic(kHybridData), "mDestructor", kDestructorDescriptor);
+  static const jfieldID field = findField(hybridDataClass(), "mDestructor", kDestructorDescriptor);
   return LocalRef<jobject>(environment()->GetObjectField(hybridData, field));
 }
 

@@ -17,8 +17,11 @@ jfieldID findField(jclass type, const char* name, const char* descriptor);
 /// A constructor of a managed class.
 class JavaConstructor {
  public:
+  /// `type` is a reference that lasts.
+  JavaConstructor(jclass type, const char* descriptor)
+      : type_(type), constructor_(findMethod(type, "<init>", descriptor)) {}
   JavaConstructor(const char* className, const char* descriptor)
-      : type_(findClassStatic(className)), constructor_(findMethod(type_, "<init>", descriptor)) {}
+      : JavaConstructor(findClassStatic(className), descriptor) {}
 
   template <class... Arguments>
   LocalRef<jobject> operator()(Arguments... arguments) const {

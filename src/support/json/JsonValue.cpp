@@ -31,8 +31,9 @@ std::string toDecimal(Number number) {
 }
 
 std::int64_t toInt64(double number) {
+  // An integer just below the range has been rounded to -2^63 by the parser: it is refused too.
   constexpr double limit = 9223372036854775808.0;  // 2^63
-  if (!(number >= -limit && number < limit) || std::trunc(number) != number) {
+  if (!(number > -limit && number < limit) || std::trunc(number) != number) {
     throwConversionError(toDecimal(number), "64-bit integer");
   }
   return static_cast<std::int64_t>(number);

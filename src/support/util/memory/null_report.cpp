@@ -4,9 +4,9 @@
 
 namespace quovix::detail {
 
-void reportNull(const char* file, const std::string& function, int line) noexcept {
-  softerror::printSoftError(file, function.c_str(), line, softerror::Severity::Assertion,
-                            "AREngine", "Assert triggered on line: %d, in file: %s", line, file);
+void reportNull(const char* file, const char* function, int line) noexcept {
+  softerror::printSoftError(file, function, line, softerror::Severity::Assertion, "AREngine",
+                            "Assert triggered on line: %d, in file: %s", line, file);
 }
 
 }  // namespace quovix::detail

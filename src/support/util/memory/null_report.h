@@ -4,9 +4,20 @@
 
 namespace quovix::detail {
 
-/// Reports a non-null reference that holds null as a soft error of severity 2. Never throws.
-/// `file` and `line` name the check; they are fixed texts, so that reports from all builds of an
-/// app can be counted together.
-void reportNull(const char* file, const std::string& function, int line) noexcept;
+/// Reports a non-null reference that holds null as a soft error of severity 2. `file` and `line`
+/// name the check; they are fixed, so that reports from all builds of an app can be counted
+/// together.
+void reportNull(const char* file, const char* function, int line) noexcept;
+
+/// As above, with the text that `describe` composes, or none when there is no memory for it.
+template <class Describe>
+void reportNull(const char* file, const Describe& describe, int line) noexcept {
+  try {
+    const std::string function = describe();
+    reportNull(file, function.c_str(), line);
+  } catch (...) {
+    reportNull(file, "", line);
+  }
+}
 
 }  // namespace quovix::detail

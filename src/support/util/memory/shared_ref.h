@@ -51,11 +51,12 @@ class shared_ref {
   /// Reports a null pointer.
   void invariant_() const noexcept {
     if (!pointer_) {
-      const std::string name = detail::TypeName<T>::get();
-      detail::reportNull("support/util/memory/shared_ref",
-                         "void quovix::" + detail::templateName("shared_ref", name) +
-                             "::invariant_() const [T = " + name + "]",
-                         150);
+      const auto describe = [] {
+        const std::string name = detail::TypeName<T>::get();
+        return "void quovix::" + detail::templateName("shared_ref", name) +
+               "::invariant_() const [T = " + name + "]";
+      };
+      detail::reportNull("support/util/memory/shared_ref", describe, 150);
     }
   }
 

@@ -50,13 +50,13 @@ class unique_ref {
   /// Reports a null pointer.
   void invariant_() const noexcept {
     if (!pointer_) {
-      const std::string name = detail::TypeName<T>::get();
-      const std::string deleter = detail::TypeName<D>::get();
-      detail::reportNull(
-          "support/util/memory/unique_ref",
-          "void quovix::" + detail::templateName("unique_ref", name + ", " + deleter) +
-              "::invariant_() const [T = " + name + ", D = " + deleter + "]",
-          126);
+      const auto describe = [] {
+        const std::string name = detail::TypeName<T>::get();
+        const std::string deleter = detail::TypeName<D>::get();
+        return "void quovix::" + detail::templateName("unique_ref", name + ", " + deleter) +
+               "::invariant_() const [T = " + name + ", D = " + deleter + "]";
+      };
+      detail::reportNull("support/util/memory/unique_ref", describe, 126);
     }
   }
 
