@@ -135,13 +135,23 @@ class BindingsTest extends CacheFixture {
     }
 
     @Test
-    void anUnreleasedPeerIsFreedAfterCollection() throws Exception {
-        HybridData[] unreleased = {FileCacheBasicImpl.initHybrid(mRoot.toString(), 1)};
-        Object destructor = field(HybridData.class, "mDestructor").get(unreleased[0]);
+    void unreleasedPeersAreFreedAfterCollection() throws Exception {
+        HybridData first = FileCacheBasicImpl.initHybrid(mRoot.toString(), 1);
+        Object destructor = field(HybridData.class, "mDestructor").get(first);
         Field pointer = field(destructor.getClass(), "mNativePointer");
         Set<?> pending = (Set<?>) field(destructor.getClass(), "PENDING").get(null);
+        List<Object> dropped = new ArrayList<>(pending);
         assertNotEquals(0, pointer.getLong(destructor));
-        unreleased[0] = null;
+        for (int i = 0; i < 10_000; ++i) {
+            FileCacheBasicImpl.initHybrid(mRoot.toString(), 1);
+        }
+        assertTrue(pending.size() > dropped.size());
+        first = null;
+        for (int i = 0; i < 1000 && pending.size() > dropped.size(); ++i) {
+            System.gc();
+            Thread.sleep(5);
+        }
+        assertTrue(pending.size() <= dropped.size());
         for (int i = 0; i < 1000 && pending.contains(destructor); ++i) {
             System.gc();
             Thread.sleep(5);
@@ -149,6 +159,37 @@ class BindingsTest extends CacheFixture {
         synchronized (destructor) {
             assertEquals(0, pointer.getLong(destructor));
         }
+    }
+
+    @Test
+    void aMissingManagedClassLeavesTheMachineUsable() throws Exception {
+        String entryClass = "com/zentrel/vistabase/assets/tesselcache/ARDFileCacheEntry.class";
+        List<String> paths = Arrays.asList(System.getProperty("java.class.path").split(":"));
+        Path jar = mFolder.resolve("modelcache.jar");
+        Files.copy(Paths.get(paths.stream().filter(p -> p.endsWith("modelcache.jar"))
+                .findFirst().get()), jar);
+        try (FileSystem zip = FileSystems.newFileSystem(jar, (ClassLoader) null)) {
+            Files.delete(zip.getPath(entryClass));
+        }
+        String rest = paths.stream().filter(p -> !p.endsWith("modelcache.jar"))
+                .reduce(jar.toString(), (left, right) -> left + ":" + right);
+        Process process = new ProcessBuilder(System.getProperty("java.home") + "/bin/java",
+                "-Xcheck:jni", "-Djava.library.path=" + System.getProperty("java.library.path"),
+                "-cp", rest, "BindingsTest", mRoot.toString()).redirectErrorStream(true).start();
+        byte[] output = new byte[10_000];
+        int length = process.getInputStream().read(output);
+        assertEquals("still usable\n", new String(output, 0, Math.max(0, length)));
+        assertEquals(0, process.waitFor());
+    }
+
+    /** What runs where the class of entries is missing. */
+    public static void main(String[] arguments) {
+        FileCacheBasicImpl cache = new FileCacheBasicImpl(arguments[0], 10);
+        for (int i = 0; i < 3; ++i) {
+            assertThrows(NoClassDefFoundError.class, () -> cache.insertAndLock("key"));
+        }
+        assertEquals(0, cache.getSize());
+        System.out.println("still usable");
     }
 
     @Test

@@ -42,7 +42,7 @@ class FileCacheTest extends CacheFixture {
     @Test
     void buffersOfManyMetasOutliveThem() throws Exception {
         Files.createDirectory(mRoot.resolve("extra"));
-        for (int i = 0; i < 2000; ++i) {
+        for (int i = 0; i < 10_000; ++i) {
             Files.createFile(mRoot.resolve("key " + i));
             Files.write(mRoot.resolve("extra/key " + i), ("extra of key " + i).getBytes());
         }
@@ -52,7 +52,7 @@ class FileCacheTest extends CacheFixture {
             meta.getValue().release();
         }
         System.gc();
-        assertEquals(2000, buffers.size());
+        assertEquals(10_000, buffers.size());
         buffers.forEach((key, extra) ->
                 assertEquals(ByteBuffer.wrap(("extra of " + key).getBytes()), extra));
     }
@@ -116,5 +116,25 @@ class FileCacheTest extends CacheFixture {
         mCache.clear();
         assertArrayEquals(BYTES, Files.readAllBytes(mFolder.resolve(damaged)));
         assertEquals(isThere, Files.exists(file) && Files.exists(mRoot.resolve("extra/model")));
+        assertEquals(isThere, mCache.recoverMetadata());
+        assertFalse(mCache.recoverMetadata());
+        assertEquals(isThere, Files.exists(mRoot.resolve(".metadata.json.damaged")));
+        assertEquals(isThere ? 5 : 0, mCache.getSize());
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {"", ".", "..", "a/..", "\0", "model\0", "metadata.json", "extra"})
+    void aKeyThatIsNotForAFileIsRefused(String key) throws Exception {
+        Path file = put("model", 5);
+        mCache.updateExtra("model", BYTES);
+        assertNull(mCache.insertAndLock(key));
+        assertNull(mCache.getCacheEntry(key));
+        assertNull(mCache.getCacheEntryWithoutPromotion(key));
+        assertFalse(mCache.remove(key));
+        assertFalse(mCache.updateExtra(key, BYTES));
+        mCache.commit(key);
+        mCache.unlock(key);
+        assertTrue(Files.exists(file) && Files.exists(mRoot.resolve("extra/model")));
+        assertEquals(5, mCache.getSize());
     }
 }
