@@ -37,6 +37,7 @@ configured() {
   local folder=build cache
   [[ $1 == default ]] || folder=build-$1
   cache=$folder/CMakeCache.txt
-  [[ -f $folder/build.ninja ]] && grep -q "^MODELCACHE_TESTS:BOOL=${2:-}" "$cache" ||
-    quietly cmake --preset "$1" -D MODELCACHE_TESTS="${2:-OFF}"
+  [[ -f $folder/build.ninja ]] && grep -q "^MODELCACHE_TESTS:BOOL=${2:-}" "$cache" &&
+    grep -qFx "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$cache" ||
+    quietly cmake --fresh --preset "$1" -D MODELCACHE_TESTS="${2:-OFF}"
 }

@@ -1,4 +1,5 @@
 import java.io.File;
+import java.io.IOException;
 import java.nio.file.Path;
 import java.nio.file.Paths;
 import java.util.ArrayList;
@@ -14,11 +15,16 @@ public final class Demo {
         List<File> files = new ArrayList<>();
         Arrays.stream(arguments).skip(2).map(File::new).forEach(files::add);
         ModelLife life = new ModelLife(folder, files);
-        if (arguments[0].equals("first")) {
-            new FileCacheTour(folder, files.subList(0, Math.min(3, files.size()))).run();
-            life.firstRun();
-        } else {
-            life.laterRun();
+        try {
+            if (arguments[0].equals("first")) {
+                new FileCacheTour(folder, files.subList(0, Math.min(3, files.size()))).run();
+                life.firstRun();
+            } else {
+                life.laterRun();
+            }
+        } catch (IOException exception) {
+            System.err.println("the demo cannot go on: " + exception);
+            System.exit(1);
         }
     }
 }

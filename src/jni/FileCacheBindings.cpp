@@ -1,6 +1,7 @@
 #include "jni/FileCacheBindings.h"
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "delivery/FileCache/createFileCache.h"
@@ -13,6 +14,9 @@ namespace {
 
 std::unique_ptr<FileCacheHybrid> initHybrid(const std::string& rootPath,
                                             std::int64_t maxSizeBytes) {
+  if (rootPath.find('\0') != std::string::npos) {
+    throw std::invalid_argument("rootPath would be cut short at a zero byte");
+  }
   return std::make_unique<FileCacheHybrid>(createFileCache(rootPath, maxSizeBytes));
 }
 

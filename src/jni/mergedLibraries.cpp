@@ -11,7 +11,8 @@ namespace {
 
 using namespace zentrel::vistabase::ardelivery;
 
-[[gnu::section("pre_merge_jni_libraries"), gnu::used]] const MergedLibrary rows[] = {
+// Retained: a linker that drops unused sections sees no use of this one.
+[[gnu::section("pre_merge_jni_libraries"), gnu::used, gnu::retain]] const MergedLibrary rows[] = {
     {"jni_lib_merge-stub", nullptr},
     {"libfacetracker-model-cache-native-android.so",
      &mergedLibraryOnLoad<&registerFacetrackerModelCacheNatives>},

@@ -18,7 +18,7 @@ jint load(JNIEnv*, jclass) {
   return 0;
 }
 
-[[gnu::section("pre_merge_jni_libraries"), gnu::used]] const MergedLibrary rows[] = {
+[[gnu::section("pre_merge_jni_libraries"), gnu::used, gnu::retain]] const MergedLibrary rows[] = {
     {"jni_lib_merge-stub", nullptr}, {"lib-one.so", &load}, {"libtwo.so", &load}};
 
 /// As much of a virtual machine as JNI_OnLoad sees.

@@ -10,27 +10,23 @@ namespace zentrel::jni {
 namespace {
 
 constexpr const char* kHybridClassBase = "com/zentrel/jni/HybridClassBase";
+constexpr const char* kHybridData = "com/zentrel/jni/HybridData";
 constexpr const char* kDestructor = "com/zentrel/jni/HybridData$Destructor";
 constexpr const char* kDestructorDescriptor = "Lcom/zentrel/jni/HybridData$Destructor;";
 constexpr const char* kNullPointerException = "java/lang/NullPointerException";
 
-jclass hybridDataClass() {
-  static const jclass type = findClassStatic("com/zentrel/jni/HybridData");
-  return type;
-}
-
 LocalRef<jobject> create() {
-  static const JavaConstructor constructor(hybridDataClass(), "()V");
+  static const JavaConstructor constructor(kHybridData, "()V");
   return constructor();
 }
 
 LocalRef<jobject> destructorOf(jobject hybridData) {
-  static const jfieldID field = findField(hybridDataClass(), "mDestructor", kDestructorDescriptor);
+  static const jfieldID field = findField(kHybridData, "mDestructor", kDestructorDescriptor);
   return LocalRef<jobject>(environment()->GetObjectField(hybridData, field));
 }
 
 jfieldID pointerField() {
-  static const jfieldID field = findField(findClassStatic(kDestructor), "mNativePointer", "J");
+  static const jfieldID field = findField(kDestructor, "mNativePointer", "J");
   return field;
 }
 
@@ -45,7 +41,9 @@ void setNativePointer(jobject destructor, std::unique_ptr<HybridBase> peer) {
 }
 
 HybridBase& getNativePointer(jobject destructor) {
-  HybridBase* const peer = toPeer(environment()->GetLongField(destructor, pointerField()));
+  HybridBase* const peer = destructor == nullptr
+                               ? nullptr
+                               : toPeer(environment()->GetLongField(destructor, pointerField()));
   if (peer == nullptr) {
     throwNewJavaException(kNullPointerException, "the native peer has been released");
   }
@@ -69,7 +67,7 @@ LocalRef<jobject> HybridData::own(std::unique_ptr<HybridBase> peer) {
 
 HybridBase& HybridData::peerOf(jobject self) {
   static const jfieldID field =
-      findField(findClassStatic(kHybridClassBase), "mHybridData", "Lcom/zentrel/jni/HybridData;");
+      findField(kHybridClassBase, "mHybridData", "Lcom/zentrel/jni/HybridData;");
   const LocalRef<jobject> hybridData(environment()->GetObjectField(self, field));
   if (!hybridData) {
     throwNewJavaException(kNullPointerException, "java.lang.NullPointerException");

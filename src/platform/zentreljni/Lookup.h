@@ -12,16 +12,15 @@ jclass findClassStatic(const char* name);
 
 jmethodID findMethod(jclass type, const char* name, const char* descriptor);
 jmethodID findStaticMethod(jclass type, const char* name, const char* descriptor);
-jfieldID findField(jclass type, const char* name, const char* descriptor);
+
+/// Valid for as long as the class is, which no reference to it has to ensure: classes that native
+/// code names live as long as it does.
+jfieldID findField(const char* className, const char* name, const char* descriptor);
 
 /// A constructor of a managed class.
 class JavaConstructor {
  public:
-  /// `type` is a reference that lasts.
-  JavaConstructor(jclass type, const char* descriptor)
-      : type_(type), constructor_(findMethod(type, "<init>", descriptor)) {}
-  JavaConstructor(const char* className, const char* descriptor)
-      : JavaConstructor(findClassStatic(className), descriptor) {}
+  JavaConstructor(const char* className, const char* descriptor);
 
   template <class... Arguments>
   LocalRef<jobject> operator()(Arguments... arguments) const {
@@ -29,8 +28,8 @@ class JavaConstructor {
   }
 
  private:
-  jclass type_;
   jmethodID constructor_;
+  jclass type_;
 };
 
 }  // namespace zentrel::jni

@@ -16,13 +16,42 @@ public final class MergedSoMapping {
      * @param libraryName file name of the former library, such as "libardcache-jni.so"
      * @throws UnsatisfiedLinkError if there is no such library or it cannot be loaded
      */
-    public static synchronized void load(String libraryName) {
-        if (!sMergedLibraryLoaded) {
-            System.loadLibrary("modelcache");
-            sMergedLibraryLoaded = true;
+    public static void load(String libraryName) {
+        // The class whose natives the library holds is initialized first: its initializer calls
+        // this too, and has to come before the lock for whoever holds both.
+        initialize(ownerOf(libraryName));
+        synchronized (MergedSoMapping.class) {
+            if (!sMergedLibraryLoaded) {
+                System.loadLibrary("modelcache");
+                sMergedLibraryLoaded = true;
+            }
+            if (invokeJniOnLoad(libraryName) != 0) {
+                throw new UnsatisfiedLinkError("loading " + libraryName + " failed");
+            }
         }
-        if (invokeJniOnLoad(libraryName) != 0) {
-            throw new UnsatisfiedLinkError("loading " + libraryName + " failed");
+    }
+
+    private static String ownerOf(String libraryName) {
+        switch (libraryName) {
+            case "libfacetracker-model-cache-native-android.so":
+                return "com.zentrel.vistabase.assets.modelcache.facetracker.FacetrackerModelCache";
+            case "libsegmentation-model-cache-native-android.so":
+                return "com.zentrel.vistabase.assets.modelcache.segmentation"
+                        + ".SegmentationModelCache";
+            case "libardcache-jni.so":
+                return "com.zentrel.vistabase.assets.tesselcache.ARDFileResourceMeta";
+            case "liblmardcache-jni.so":
+                return "com.lumora.camera.effect.qv.modelcache.FileCacheBasicImpl";
+            default:
+                throw new UnsatisfiedLinkError("no merged library is called " + libraryName);
+        }
+    }
+
+    private static void initialize(String className) {
+        try {
+            Class.forName(className);
+        } catch (ClassNotFoundException exception) {
+            throw new NoClassDefFoundError(className);
         }
     }
 
@@ -34,10 +63,8 @@ public final class MergedSoMapping {
                 return Invoke_JNI_OnLoad.libsegmentation_model_cache_native_android_so();
             case "libardcache-jni.so":
                 return Invoke_JNI_OnLoad.libardcache_jni_so();
-            case "liblmardcache-jni.so":
-                return Invoke_JNI_OnLoad.liblmardcache_jni_so();
             default:
-                throw new UnsatisfiedLinkError("no merged library is called " + libraryName);
+                return Invoke_JNI_OnLoad.liblmardcache_jni_so();
         }
     }
 
