@@ -58,24 +58,5 @@ TEST(ErrorLogging, turnsEachFailureIntoOneReportAndANeutralResult) {
   }
 }
 
-TEST(ErrorLogging, passesArgumentsAndResultsThrough) {
-  using testing::Return;
-  const SoftErrorRecorder recorder;
-  auto mock = std::make_shared<testing::StrictMock<MockFileCache>>();
-  FileCacheWithErrorLogging cache(mock);
-  const auto entry = std::make_shared<FileCacheEntry>(FileCacheEntry{"/p"});
-  EXPECT_CALL(*mock, insertAndLock("a")).WillOnce(Return(entry));
-  EXPECT_CALL(*mock, commit("b", 7));
-  EXPECT_CALL(*mock, updateExtra("c", BytesVector{1, 2})).WillOnce(Return(true));
-  EXPECT_CALL(*mock, getCacheEntry("d")).WillOnce(Return(nullptr));
-  EXPECT_CALL(*mock, memContains("e")).WillOnce(Return(Status::Absent));
-  EXPECT_EQ(entry, cache.insertAndLock("a"));
-  cache.commit("b", 7);
-  EXPECT_TRUE(cache.updateExtra("c", {1, 2}));
-  EXPECT_EQ(nullptr, cache.getCacheEntry("d"));
-  EXPECT_EQ(Status::Absent, cache.memContains("e"));
-  EXPECT_TRUE(recorder.records().empty());
-}
-
 }  // namespace
 }  // namespace zentrel::vistabase::ardelivery

@@ -8,8 +8,6 @@ namespace zentrel::vistabase::ardelivery {
 namespace {
 
 using testing::_;
-using testing::ByMove;
-using testing::Eq;
 using testing::InSequence;
 using testing::Return;
 using testing::StrictMock;
@@ -107,48 +105,13 @@ TEST_F(FileCacheSequence, commitReloadsForEachEvictionAndSavesWhatTheLastReloadG
   cache_.commit("k", 100);
 }
 
-TEST_F(FileCacheSequence, removeSavesEvenWhenNothingWasThere) {
-  expectReload({});
-  expectRemoval("k", false, false);
-  expectSave();
-  EXPECT_FALSE(cache_.remove("k"));
-}
-
 TEST_F(FileCacheSequence, lookUpsReloadUnlessTheyDoNotPromote) {
   EXPECT_CALL(*filesystem_, exists(Path("/r/k"))).WillOnce(Return(true));
   EXPECT_EQ("/r/k", cache_.getCacheEntryWithoutPromotion("k")->path);
-  expectReload({});
-  EXPECT_CALL(*filesystem_, exists(Path("/r/k"))).WillOnce(Return(false));
-  EXPECT_EQ(nullptr, cache_.getCacheEntry("k"));
   expectReload({{"k", {1, 1, false}}});
   EXPECT_CALL(*filesystem_, exists(Path("/r/k"))).WillOnce(Return(true));
-  EXPECT_CALL(*filesystem_, createDirectories(Path("/r")));
-  EXPECT_CALL(*serializer_, serialize(_)).WillOnce([](const ICacheMetadata& metadata) {
-    EXPECT_GT(metadata.getEntries().at(0).second.lastAccess, 1);
-    return "saved";
-  });
-  EXPECT_CALL(*io_, writeFile("/r/metadata.json", "saved"));
+  expectSave();
   EXPECT_EQ("/r/k", cache_.getCacheEntry("k")->path);
-  expectReload({{"k", {1, 1, false}}});
-  EXPECT_EQ(IFileCache::MemContainsStatus::Present, cache_.memContains("k"));
-  expectReload({});
-  EXPECT_EQ(IFileCache::MemContainsStatus::Absent, cache_.memContains("k"));
-}
-
-TEST_F(FileCacheSequence, extraBytesNeedARecord) {
-  expectReload({});
-  EXPECT_FALSE(cache_.updateExtra("k", {1}));
-  expectReload({{"k", {1, 1, false}}});
-  EXPECT_CALL(*filesystem_, createDirectories(Path("/r/extra"))).WillOnce(Return(true));
-  EXPECT_CALL(*io_, writeFile("/r/extra/k", std::string("\0\xFF", 2)));
-  EXPECT_TRUE(cache_.updateExtra("k", {0, 255}));
-}
-
-TEST_F(FileCacheSequence, clearReloadsBeforeItDeletesTheRoot) {
-  expectReload({{"k", {1, 1, false}}});
-  EXPECT_CALL(*filesystem_, removeAll(Path("/r"))).WillOnce(Return(true));
-  cache_.clear();
-  cache_.flushExtra();
 }
 
 TEST_F(FileCacheSequence, keysThatAreNotForFilesAreRefusedBeforeAnythingIsCalled) {

@@ -11,10 +11,8 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
 TEST(Synchronizer, adoptsWhatIsThereAndDropsWhatIsNot) {
@@ -70,17 +68,6 @@ class FileCacheOnDisk : public testing::Test {
   std::shared_ptr<IFileCache> cache_ = createFileCache(root_.path(), 10);
 };
 
-TEST_F(FileCacheOnDisk, forgetsLocksAndPromotionsThatWereNotSaved) {
-  cache_->insertAndLock("k");
-  EXPECT_EQ(IFileCache::MemContainsStatus::Absent, cache_->memContains("k"))
-      << "the reload has dropped a record without a file";
-  root_.write("k", "123");
-  EXPECT_EQ(IFileCache::MemContainsStatus::Present, cache_->memContains("k"));
-  EXPECT_EQ(R"({"entries":[{"key":"k","size":3,"lastAccess":0}]})", metadata());
-  cache_->getCacheEntry("k");
-  EXPECT_THAT(metadata(), testing::Not(HasSubstr(R"("lastAccess":0)")));
-}
-
 TEST_F(FileCacheOnDisk, evictsLockedEntriesOldestFirstAndNewOnesBeforeTheyArePromoted) {
   root_.write("metadata.json", R"({"entries":[{"key":"old","size":4,"lastAccess":10},)"
                                R"({"key":"older","size":4,"lastAccess":5}]})");
@@ -102,58 +89,15 @@ TEST_F(FileCacheOnDisk, evictsLockedEntriesOldestFirstAndNewOnesBeforeTheyArePro
   EXPECT_EQ(7, cache_->getSize());
 }
 
-TEST_F(FileCacheOnDisk, savesTheCommittedSizeOnlyWhenNothingIsEvicted) {
-  root_.write("k", "123");
-  cache_->commit("k", 8);
-  EXPECT_EQ(8, cache_->getSize());
-  cache_->getCacheEntry("k");
-  root_.write("victim", "1234");
-  cache_->commit("k", 9);
-  EXPECT_FALSE(root_.has("victim"));
-  EXPECT_EQ(8, cache_->getSize()) << "the size before the eviction's reload";
-}
-
-TEST_F(FileCacheOnDisk, storesKeysWithSpecialCharactersUnderEscapedNames) {
-  const std::string special = "\"*:<>?|\\";
-  for (const char character : special) {
-    const std::string key = std::string("k") + character;
-    const auto path = cache_->insertAndLock(key)->path;
-    EXPECT_EQ(root_ / ("k%" + key.substr(1)), path);
-    root_.write("k%" + key.substr(1), "1");
-    EXPECT_EQ(path, cache_->getCacheEntry(key)->path);
-    EXPECT_TRUE(cache_->remove(key));
-  }
-  EXPECT_EQ(root_ / "a%/b", cache_->insertAndLock("a/b")->path);
-  root_.write("a%/b", "1");
-  EXPECT_EQ(root_ / "a%/b", cache_->getCacheEntryWithoutPromotion("a/b")->path);
-
+TEST_F(FileCacheOnDisk, doesNotFindKeysWithSpecialCharactersWhenItEvicts) {
+  EXPECT_EQ(root_ / "k%:", cache_->insertAndLock("k:")->path);
   root_.write("k%:", "12345678901");
   cache_->commit("k:");
-  EXPECT_TRUE(root_.has("k%:")) << "eviction looks for k%%: and finds nothing";
-  EXPECT_EQ(nullptr, cache_->getCacheEntryWithoutPromotion("k%:"));
-  EXPECT_GT(cache_->getSize(), 10);
-}
-
-TEST_F(FileCacheOnDisk, keepsExtraBytesPerEntry) {
-  EXPECT_FALSE(cache_->updateExtra(".hidden", {1}));
-  EXPECT_THAT(cache_->getAllMetas(), IsEmpty());
-  put("a", "1");
-  put("b", "1");
-  EXPECT_TRUE(cache_->updateExtra("a", {0, 255}));
-  const auto metas = cache_->getAllMetas();
-  ASSERT_EQ(1u, metas.size());
-  EXPECT_EQ("a", metas[0].first);
-  EXPECT_THAT(metas[0].second.extra, ElementsAre(0, 255));
-  cache_->insertAndLock("a");
-  EXPECT_THAT(cache_->getAllMetas(), IsEmpty()) << "extra bytes belong to the old content";
-}
-
-TEST_F(FileCacheOnDisk, keepsNamesThatAreNotUtf8) {
-  put("\xFF\xFE(", "12");
-  cache_->getCacheEntry("\xFF\xFE(");
-  EXPECT_EQ(2, createFileCache(root_.path(), 10)->getSize());
-  EXPECT_THAT(metadata(), HasSubstr("\xFF\xFE("));
-  EXPECT_TRUE(cache_->remove("\xFF\xFE("));
+  EXPECT_NE(nullptr, cache_->getCacheEntry("k:"));
+  EXPECT_EQ(11, cache_->getSize()) << "eviction has looked for k%%:";
+  EXPECT_TRUE(cache_->remove("k:"));
+  root_.write("a%/b", "1");
+  EXPECT_EQ(root_ / "a%/b", cache_->getCacheEntry("a/b")->path);
 }
 
 /// Calls every operation that reloads.
@@ -194,16 +138,6 @@ TEST_F(FileCacheOnDisk, answersNeutrallyWithOneReportEachWhenItCannotReload) {
   EXPECT_EQ("kept", root_.read("damaged/k"));
   EXPECT_EQ("kept", root_.read("linked/k"));
   EXPECT_EQ("1", root_.read("file"));
-}
-
-TEST_F(FileCacheOnDisk, clearsEverythingAndWorksAgainOnceTheRootIsBack) {
-  put("a", "1");
-  cache_->clear();
-  EXPECT_FALSE(root_.has(""));
-  EXPECT_EQ(nullptr, cache_->insertAndLock("a"));
-  EXPECT_THAT(takeErrors(), ElementsAre(StartsWith("Error for insertAndLock: Could not iterate")));
-  root_.write("a", "12");
-  EXPECT_EQ(2, cache_->getSize());
 }
 
 }  // namespace

@@ -62,6 +62,9 @@ TEST(FilesystemOperations, createsAndRemovesTreesButNotWhatLinksPointTo) {
   EXPECT_FALSE(filesystem.exists(root / "x"));
   EXPECT_TRUE(filesystem.remove(root / "outside/kept"));
   EXPECT_EQ(0u, filesystem.getSize(root / "outside"));
+  root.write("sparse/large", "");
+  std::filesystem::resize_file(root / "sparse/large", 5'000'000'000);
+  EXPECT_EQ(5'000'000'000u, filesystem.getSize(root / "sparse"));
 }
 
 TEST(FilesystemOperations, saysWhatItCouldNotIterateOver) {
