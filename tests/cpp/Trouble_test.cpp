@@ -104,6 +104,21 @@ TEST(Trouble, aRootMayGoAndComeBackUnderALivingCache) {
   }
 }
 
+TEST(Trouble, aNameTooLongForAFileIsReportedAndHarmless) {
+  const TemporaryDirectory root;
+  root.write("k", "1");
+  const auto cache = createFileCache(root.path(), 0);
+  for (const Operation& operation : kOperations) {
+    if (operation.signature.find("getCacheEntry") == 0 || operation.label == "remove") {
+      const SoftErrorRecorder recorder;
+      EXPECT_TRUE(operation.call(*cache, std::string(300, 'x')));
+      ASSERT_EQ(1u, recorder.records().size());
+      EXPECT_THAT(recorder.records()[0].message, HasSubstr("File name too long"));
+    }
+  }
+  EXPECT_EQ(1, cache->getSize());
+}
+
 TEST(Trouble, linksAreTakenAndTheirTargetsStay) {
   const TemporaryDirectory outside, root;
   outside.write("file", "outside");
