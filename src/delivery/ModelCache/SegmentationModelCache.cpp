@@ -2,21 +2,9 @@
 
 #include <utility>
 
-#include "delivery/ModelCache/ModelTable.h"
-#include "delivery/ModelCache/SegmentationModelType.h"
-
 namespace zentrel::vistabase::ardelivery {
-namespace {
 
-using Type = SegmentationModelType;
 using Paths = SegmentationModelPaths;
-
-constexpr ModelRow<Paths> kModels[] = {
-    {int(Type::InitNet), "seg_init_net.pb", &Paths::initNetPath},
-    {int(Type::PredictNet), "seg_predict_net.pb", &Paths::predictNetPath},
-};
-
-}  // namespace
 
 SegmentationModelCache::SegmentationModelCache(std::shared_ptr<IFileCache> fileCache)
     : TypedCapabilityModelCache(std::move(fileCache), typeNames(kModels)) {}

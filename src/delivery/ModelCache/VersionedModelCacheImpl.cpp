@@ -10,9 +10,6 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-// The same for every capability: each belongs in a file cache of its own.
-constexpr const char* kIndexKey = "versioned_index";
-
 // "mode" in the second text is how it has always been; reports are matched by it.
 constexpr ErrorTexts kAddErrors{
     "Could not add model into the cache: ",

@@ -25,6 +25,10 @@ namespace zentrel::vistabase::ardelivery {
 /// Failures are std::runtime_error with a prefix that names the operation. One thread at a time.
 class VersionedModelCacheImpl {
  public:
+  /// Key of the index's entry. The same for every capability: each belongs in a file cache of its
+  /// own.
+  static constexpr const char* kIndexKey = "versioned_index";
+
   /// Touches neither the file cache nor the disk.
   VersionedModelCacheImpl(std::unique_ptr<IFileIO> fileIO,
                           std::unique_ptr<ICacheDescriptorSerializer> descriptorSerializer,

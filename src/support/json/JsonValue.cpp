@@ -61,8 +61,8 @@ JsonValue parse(std::string_view text, boost::json::storage_ptr storage) {
   const std::size_t parsed = parser.write(text.data(), text.size(), error);
   if (error) {
     // The exception that the library would throw names files and functions of the build.
-    throw std::runtime_error("parse error: " + error.message() + " at byte " +
-                             std::to_string(parsed));
+    throw ParseError("parse error: " + error.message() + " at byte " + std::to_string(parsed),
+                     parsed);
   }
   return parser.release();
 }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <boost/json/value.hpp>
+#include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -14,8 +16,21 @@ using JsonValue = boost::json::value;
 /// Reading and writing of JSON documents. All errors are std::runtime_error.
 namespace json {
 
+/// A text is no JSON document. The message names the place too.
+class ParseError : public std::runtime_error {
+ public:
+  ParseError(const std::string& message, std::size_t place)
+      : std::runtime_error(message), place_(place) {}
+
+  /// How much of the text could be read, in bytes.
+  std::size_t place() const noexcept { return place_; }
+
+ private:
+  std::size_t place_;
+};
+
 /// Parses a whole document strictly. The value lives in `storage`, which must outlive it. Throws
-/// with the place of the error, in bytes from the start of the text.
+/// ParseError.
 JsonValue parse(std::string_view text, boost::json::storage_ptr storage = {});
 
 /// The value as compact text.
