@@ -24,6 +24,10 @@ if(MODELCACHE_JNI)
   install_jar(modelcache_jar DESTINATION ${jar_directory})
 endif()
 
+if(MODELCACHE_TOOLS)
+  install(TARGETS modelcache-inspect RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
 install(EXPORT modelcache NAMESPACE modelcache:: FILE modelcacheTargets.cmake
   DESTINATION ${package_directory})
 configure_package_config_file(

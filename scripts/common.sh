@@ -9,6 +9,8 @@ build_packages=(
   ninja-build
   openjdk-17-jdk-headless
 )
+# For modelcache-inspect: its command line.
+tool_packages=(libcli11-dev)
 # The tests' frameworks: the usual ones for C++ and for Java.
 test_packages=(libgmock-dev libgtest-dev junit5)
 # Real face-detection models, and small enough to be in Debian.
