@@ -15,6 +15,8 @@ tool_packages=(libcli11-dev)
 test_packages=(libgmock-dev libgtest-dev junit5)
 # Real face-detection models, and small enough to be in Debian.
 demo_packages=(opencv-data)
+# Shrinks the demo as a release build of an app would be.
+shrink_packages=(proguard-cli)
 # The other compiler and linker (Android's), the formatter and the linter.
 ci_packages=(clang clang-format clang-tidy git lld)
 

@@ -1,6 +1,7 @@
 import com.lumora.camera.effect.qv.modelcache.FileCacheBasicImpl;
 import com.zentrel.vistabase.assets.modelcache.facetracker.FacetrackerModelCache;
 import com.zentrel.vistabase.assets.modelcache.segmentation.SegmentationModelCache;
+import com.zentrel.vistabase.common.exception.EffectsFrameworkException;
 import java.io.File;
 import java.io.IOException;
 import java.nio.file.Path;
@@ -99,6 +100,12 @@ final class ModelLife {
                         models.addModelForVersionIfInCache(1, "v1-" + types[i], types[i]));
             }
             paths(models, 1);
+            Show.step("A model of another capability");
+            try {
+                models.addModelForVersionIfInCache(1, "v1-" + INIT_NET, TRACKER);
+            } catch (EffectsFrameworkException failure) {
+                Show.note("refused: " + failure.getMessage());
+            }
         }
     }
 
