@@ -17,6 +17,8 @@ test_packages=(libgmock-dev libgtest-dev junit5)
 demo_packages=(opencv-data)
 # Shrinks the demo as a release build of an app would be.
 shrink_packages=(proguard-cli)
+# Reads ELF files back; the platform log of Android, built for the host.
+android_packages=(android-liblog-dev binutils clang lld)
 # The other compiler and linker (Android's), the formatter and the linter.
 ci_packages=(clang clang-format clang-tidy git lld)
 
