@@ -19,6 +19,8 @@ demo_packages=(opencv-data)
 shrink_packages=(proguard-cli)
 # Reads ELF files back; the platform log of Android, built for the host.
 android_packages=(android-liblog-dev binutils clang lld)
+# Makes API pages out of the headers.
+docs_packages=(doxygen)
 # The other compiler and linker (Android's), the formatter and the linter.
 ci_packages=(clang clang-format clang-tidy git lld)
 

@@ -6,8 +6,10 @@
 
 namespace zentrel::vistabase::ardelivery {
 
+/// The records in a hash table.
 class CacheMetadata final : public ICacheMetadata {
  public:
+  /// Without any record.
   CacheMetadata() = default;
 
   /// The first of several records of one name is kept, but the total counts them all: kept on

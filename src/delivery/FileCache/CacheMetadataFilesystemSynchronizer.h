@@ -6,8 +6,10 @@
 
 namespace zentrel::vistabase::ardelivery {
 
+/// Lists the root and measures what is new in it, and nothing else.
 class CacheMetadataFilesystemSynchronizer final : public ICacheMetadataFilesystemSynchronizer {
  public:
+  /// `filesystem` lists and measures.
   explicit CacheMetadataFilesystemSynchronizer(
       quovix::shared_ref<IFilesystemOperations> filesystem) noexcept;
 

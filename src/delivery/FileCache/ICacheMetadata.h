@@ -21,13 +21,18 @@ class ICacheMetadata {
   /// Locks the record, or adds a locked one of size 0, accessed now. The access time of an
   /// existing record stays.
   virtual void lockEntry(const std::string& name) = 0;
+  /// Clears the lock.
   virtual void unlockEntry(const std::string& name) = 0;
+  /// Sets the size, in bytes.
   virtual void setEntrySize(const std::string& name, std::int64_t size) = 0;
 
   /// Sets the last access to now.
   virtual void touchEntry(const std::string& name) = 0;
+  /// Whether there is a record of that name.
   virtual bool hasEntry(const std::string& name) const = 0;
+  /// Drops the record.
   virtual void removeEntry(const std::string& name) = 0;
+  /// Drops every record.
   virtual void clearEntries() = 0;
 
   /// A copy of every record, in no particular order.

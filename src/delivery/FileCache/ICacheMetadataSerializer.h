@@ -12,6 +12,7 @@ class ICacheMetadataSerializer {
  public:
   virtual ~ICacheMetadataSerializer() = default;
 
+  /// The text of the metadata, without the locks.
   virtual std::string serialize(const ICacheMetadata& metadata) = 0;
 
   /// New metadata with the entries of `text`, all unlocked; the empty text has none.

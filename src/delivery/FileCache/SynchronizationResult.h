@@ -6,6 +6,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
+/// The outcome of a synchronization.
 struct SynchronizationResult {
   std::unique_ptr<ICacheMetadata> metadata;  ///< What to use from now on; never null.
   bool changed;                              ///< Whether it differs from what was passed in.

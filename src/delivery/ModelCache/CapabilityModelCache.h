@@ -29,9 +29,11 @@ class CapabilityModelCache {
   virtual bool hasModelsForVersion(int version) = 0;
 
  protected:
+  /// `typeNames` is the capability's.
   CapabilityModelCache(std::shared_ptr<IFileCache> fileCache,
                        CapabilityModelTypeSerializer::Table typeNames);
 
+  /// The versions.
   VersionedModelCacheImpl& cache() { return *cache_; }
 
  private:

@@ -11,6 +11,7 @@ class CapabilityModelTypeSerializer {
   /// From each type to its serialized name.
   using Table = std::unordered_map<int, std::string>;
 
+  /// Over the names of one capability.
   explicit CapabilityModelTypeSerializer(Table names);
 
   /// The type of that name, compared byte by byte; std::runtime_error "Could not deserialize type:

@@ -24,6 +24,7 @@ class FacetrackerModelCache final : public TypedCapabilityModelCache<Facetracker
        &FacetrackerModelPaths::meshPath},
   };
 
+  /// Over the file cache that holds the files. Touches nothing.
   explicit FacetrackerModelCache(std::shared_ptr<IFileCache> fileCache);
 
   bool getModelsForVersion(int version, std::shared_ptr<FacetrackerModelPaths>& out) override;

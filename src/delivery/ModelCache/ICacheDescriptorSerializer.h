@@ -10,6 +10,7 @@ namespace zentrel::vistabase::ardelivery {
 /// The text format of the index. Failures are std::runtime_error.
 class ICacheDescriptorSerializer {
  public:
+  /// The text of the index.
   virtual std::string serialize(const CacheDescriptor& descriptor) = 0;
 
   /// Never null; the empty text gives an empty descriptor.

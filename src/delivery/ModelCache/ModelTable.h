@@ -13,11 +13,12 @@ namespace zentrel::vistabase::ardelivery {
 /// record that holds its path.
 template <class Paths>
 struct ModelRow {
-  int type;
-  const char* name;
-  std::string Paths::*path;
+  int type;                  ///< The model type's number.
+  const char* name;          ///< Its serialized name.
+  std::string Paths::*path;  ///< Where the path goes.
 };
 
+/// The names of a capability's types.
 template <class Paths, std::size_t Count>
 CapabilityModelTypeSerializer::Table typeNames(const ModelRow<Paths> (&rows)[Count]) {
   CapabilityModelTypeSerializer::Table names;

@@ -20,6 +20,7 @@ class SegmentationModelCache final : public TypedCapabilityModelCache<Segmentati
        &SegmentationModelPaths::predictNetPath},
   };
 
+  /// Over the file cache that holds the files. Touches nothing.
   explicit SegmentationModelCache(std::shared_ptr<IFileCache> fileCache);
 
   bool getModelsForVersion(int version, std::shared_ptr<SegmentationModelPaths>& out) override;

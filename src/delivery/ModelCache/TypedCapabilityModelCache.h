@@ -13,6 +13,7 @@ namespace zentrel::vistabase::ardelivery {
 template <class Paths>
 class TypedCapabilityModelCache : public CapabilityModelCache {
  public:
+  /// Whether the version is complete.
   bool hasModelsForVersion(int version) override { return getModelPaths(version) != nullptr; }
 
   /// Sets `out` and returns true when the version is complete; otherwise leaves it alone.

@@ -11,13 +11,13 @@ enum class Severity : int {
 
 /// One report, valid only during the call of the sink. No pointer is null.
 struct Report {
-  const char* file;
-  const char* function;
-  int line;
-  Severity severity;
-  const char* category;
-  const char* format;   ///< The printf-style format, as the reporting code gave it.
-  const char* message;  ///< The formatted message.
+  const char* file;      ///< Where the code that reports is.
+  const char* function;  ///< Which function reports.
+  int line;              ///< The line in the file.
+  Severity severity;     ///< How bad it is.
+  const char* category;  ///< The part of the library; a tag for the log.
+  const char* format;    ///< The printf-style format, as the reporting code gave it.
+  const char* message;   ///< The formatted message.
 };
 
 /// Receives reports, on the thread that reports. An exception that it throws is dropped.

@@ -10,6 +10,7 @@ namespace zentrel::vistabase::ardelivery {
 /// and the wrapped cache stays in whatever state it was left.
 class FileCacheWithErrorLogging final : public IFileCache {
  public:
+  /// Wraps `cache`.
   explicit FileCacheWithErrorLogging(quovix::shared_ref<IFileCache> cache) noexcept;
 
   std::shared_ptr<FileCacheEntry> insertAndLock(const std::string& key) override;

@@ -18,16 +18,20 @@ namespace quovix {
 template <class T>
 class shared_ref {
  public:
+  /// What it refers to.
   using element_type = T;
 
+  /// Takes the place of a pointer.
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   shared_ref(std::shared_ptr<U> pointer) noexcept : pointer_(std::move(pointer)) {}
+  /// To a base of what the other refers to.
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   shared_ref(shared_ref<U> other) noexcept : pointer_(std::move(other.pointer_)) {}
 
-  shared_ref(const shared_ref&) noexcept = default;
-  shared_ref(shared_ref&&) noexcept = default;
-  shared_ref& operator=(const shared_ref&) noexcept = default;
+  shared_ref(const shared_ref&) noexcept = default;             ///< Shares the object.
+  shared_ref(shared_ref&&) noexcept = default;                  ///< Leaves the other one with null.
+  shared_ref& operator=(const shared_ref&) noexcept = default;  ///< Shares the object.
+  /// Leaves the other one with null; reports null.
   shared_ref& operator=(shared_ref&& other) noexcept {
     pointer_ = std::move(other.pointer_);
     invariant_();
@@ -35,12 +39,13 @@ class shared_ref {
   }
   ~shared_ref() = default;
 
+  /// The object; reports null.
   T* get() const noexcept {
     invariant_();
     return pointer_.get();
   }
-  T* operator->() const noexcept { return get(); }
-  T& operator*() const noexcept { return *get(); }
+  T* operator->() const noexcept { return get(); }  ///< As `get`.
+  T& operator*() const noexcept { return *get(); }  ///< As `get`.
 
   /// The pointer inside, for interfaces that share ownership by std::shared_ptr.
   const std::shared_ptr<T>& pointer() const noexcept {
@@ -67,6 +72,7 @@ class shared_ref {
   std::shared_ptr<T> pointer_;
 };
 
+/// A reference to a new object.
 template <class T, class... Arguments>
 shared_ref<T> make_shared_ref(Arguments&&... arguments) {
   return std::make_shared<T>(std::forward<Arguments>(arguments)...);

@@ -18,18 +18,22 @@ namespace quovix {
 template <class T, class D = std::default_delete<T>>
 class unique_ref {
  public:
+  /// What it refers to.
   using element_type = T;
 
+  /// Takes the place of a pointer.
   template <
       class U, class E,
       class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
   unique_ref(std::unique_ptr<U, E> pointer) noexcept : pointer_(std::move(pointer)) {}
+  /// To a base of what the other refers to.
   template <
       class U, class E,
       class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
   unique_ref(unique_ref<U, E>&& other) noexcept : pointer_(std::move(other.pointer_)) {}
 
-  unique_ref(unique_ref&&) noexcept = default;
+  unique_ref(unique_ref&&) noexcept = default;  ///< Leaves the other one with null.
+  /// Leaves the other one with null; reports null.
   unique_ref& operator=(unique_ref&& other) noexcept {
     pointer_ = std::move(other.pointer_);
     invariant_();
@@ -37,12 +41,13 @@ class unique_ref {
   }
   ~unique_ref() = default;
 
+  /// The object; reports null.
   T* get() const noexcept {
     invariant_();
     return pointer_.get();
   }
-  T* operator->() const noexcept { return get(); }
-  T& operator*() const noexcept { return *get(); }
+  T* operator->() const noexcept { return get(); }  ///< As `get`.
+  T& operator*() const noexcept { return *get(); }  ///< As `get`.
 
   /// Gives up the object, for interfaces that take ownership by std::unique_ptr.
   std::unique_ptr<T, D> release() && noexcept { return std::move(pointer_); }
@@ -67,6 +72,7 @@ class unique_ref {
   std::unique_ptr<T, D> pointer_;
 };
 
+/// A reference to a new object.
 template <class T, class... Arguments>
 unique_ref<T> make_unique_ref(Arguments&&... arguments) {
   return std::make_unique<T>(std::forward<Arguments>(arguments)...);
