@@ -91,10 +91,11 @@ Damage locateDamage(const std::string& text, const std::string& message,
                     const std::string& arrayName,
                     const std::function<void(const std::string&)>& deserialize) {
   Damage damage;
-  damage.reason = onePrintableLine(causeOf(message, text));
   try {
+    damage.reason = onePrintableLine(causeOf(message, text));
     findElement(json::parse(text), arrayName, deserialize, damage);
   } catch (const json::ParseError& error) {
+    damage.reason = error.what();
     damage.place = placeOf(text, error.place());
     cutOut(text, damage);
   }

@@ -6,11 +6,37 @@
 namespace zentrel::vistabase::ardelivery::inspect {
 namespace {
 
-constexpr unsigned kDelete = 0x7F;
+/// The length of the printable UTF-8 character with which the text begins; 0 if it begins with
+/// anything else.
+std::size_t characterLength(std::string_view text) {
+  const auto byteAt = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned lead = byteAt(0);
+  if (lead < 0x80) {
+    return lead < ' ' || lead == 0x7F ? 0 : 1;
+  }
+  const std::size_t length = lead < 0xC2 || lead > 0xF4 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (length == 0 || length > text.size()) {
+    return 0;
+  }
+  for (std::size_t i = 1; i < length; ++i) {
+    if (!isContinuationByte(text[i])) {
+      return 0;
+    }
+  }
+  const bool isControl = lead == 0xC2 && byteAt(1) < 0xA0;
+  return isControl ? 0 : length;
+}
 
-bool isControl(char byte) {
-  const auto code = static_cast<unsigned char>(byte);
-  return code < ' ' || code == kDelete;
+/// The text with `escape` of each byte that is not part of a printable character.
+template <class Escape>
+std::string escaped(std::string_view text, const Escape& escape) {
+  std::string result;
+  while (!text.empty()) {
+    const std::size_t length = characterLength(text);
+    result += length == 0 ? escape(text[0]) : std::string(text.substr(0, length));
+    text.remove_prefix(length == 0 ? 1 : length);
+  }
+  return result;
 }
 
 const char* escapeOf(Colour colour) {
@@ -39,23 +65,15 @@ std::size_t width(std::string_view text) {
 }
 
 std::string printable(std::string_view text) {
-  std::string result;
-  for (const char byte : text) {
-    if (isControl(byte)) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned>(byte));
-      result += escaped;
-    } else {
-      result += byte;
-    }
-  }
-  return result;
+  return escaped(text, [](char byte) {
+    char code[8];
+    std::snprintf(code, sizeof code, "\\x%02x", static_cast<unsigned char>(byte));
+    return std::string(code);
+  });
 }
 
 std::string onePrintableLine(std::string_view text) {
-  std::string result(text);
-  std::replace_if(result.begin(), result.end(), isControl, '.');
-  return result;
+  return escaped(text, [](char) { return std::string("."); });
 }
 
 std::string Painter::operator()(Colour colour, const std::string& text) const {

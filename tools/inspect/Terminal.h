@@ -15,11 +15,11 @@ constexpr bool isContinuationByte(char byte) noexcept {
 /// Columns that a printable text takes, at one per character.
 std::size_t width(std::string_view text);
 
-/// The text with control characters written as \xNN: names are any bytes, and a terminal obeys
-/// some of them.
+/// The text with \xNN for each byte of a control character or of no character: names are any bytes,
+/// and a terminal obeys some of them.
 std::string printable(std::string_view text);
 
-/// The text with a point for each control character, so that columns still count characters.
+/// As `printable`, with a point for each such byte.
 std::string onePrintableLine(std::string_view text);
 
 enum class Colour { None, Bold, Dim, Red, Green, Yellow };
