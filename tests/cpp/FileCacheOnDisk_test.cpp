@@ -1,10 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "delivery/FileCache/CacheMetadata.h"
-#include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
 #include "delivery/FileCache/createFileCache.h"
-#include "delivery/Storage/FilesystemOperations.h"
-#include "tests/cpp/Mocks.h"
 #include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 
@@ -13,35 +9,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
-
-TEST(Synchronizer, adoptsWhatIsThereAndDropsWhatIsNot) {
-  const TemporaryDirectory root;
-  root.write("known", "12345");
-  root.write("new", "123");
-  root.write("dir/sub/file", "1234");
-  root.write(".hidden", "1");
-  root.write("extra/known", "1");
-  CacheMetadataFilesystemSynchronizer synchronizer(quovix::make_shared_ref<FilesystemOperations>());
-  const Names ignored{"metadata.json", "extra"};
-  auto first = synchronizer.synchronize(
-      std::make_unique<CacheMetadata>(std::vector<std::pair<std::string, CacheMetadataEntry>>{
-          {"gone", {1, 1, false}}, {"known", {100, 2, true}}}),
-      root.path(), ignored);
-  EXPECT_TRUE(first.changed);
-  EXPECT_EQ(107, first.metadata->getTotalSize());
-  std::vector<std::string> records;
-  for (const auto& [name, entry] : first.metadata->getEntries()) {
-    records.push_back(name + " " + std::to_string(entry.size) + " " +
-                      std::to_string(entry.lastAccess) + " " + std::to_string(entry.locked));
-  }
-  EXPECT_THAT(records, UnorderedElementsAre("known 100 2 1", "new 3 0 0", "dir 4 0 0"));
-
-  const ICacheMetadata* const same = first.metadata.get();
-  const auto second = synchronizer.synchronize(std::move(first.metadata), root.path(), ignored);
-  EXPECT_FALSE(second.changed);
-  EXPECT_EQ(same, second.metadata.get());
-}
 
 /// A cache as apps have it, over a directory of its own. No soft error may go unnoticed.
 class FileCacheOnDisk : public testing::Test {
