@@ -14,6 +14,9 @@ namespace {
 
 std::unique_ptr<FileCacheHybrid> initHybrid(const std::string& rootPath,
                                             std::int64_t maxSizeBytes) {
+  if (rootPath.empty()) {
+    throw std::invalid_argument("rootPath must not be empty");
+  }
   if (rootPath.find('\0') != std::string::npos) {
     throw std::invalid_argument("rootPath would be cut short at a zero byte");
   }

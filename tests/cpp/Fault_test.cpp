@@ -91,7 +91,7 @@ void failEachCall(const Operation& operation, const Check& check) {
         break;
       }
       ++injected;
-      check(neutral, faulty.plan.fired, recorder.records().size());
+      check(faulty, neutral, faulty.plan.fired, recorder.records().size());
       faulty.expectNothingLost();
     }
   }
@@ -110,7 +110,7 @@ TEST(Faults, leaveTheFileCacheWithOneReportANeutralResultAndEveryOtherEntry) {
           }
           return operation.call(*faulty.cache, "k");
         },
-        [](bool neutral, int fired, std::size_t reports) {
+        [](FaultyCache&, bool neutral, int fired, std::size_t reports) {
           EXPECT_TRUE(neutral);
           EXPECT_EQ(1, fired);
           EXPECT_EQ(1u, reports);
@@ -144,7 +144,12 @@ TEST(Faults, leaveTheVersionedCacheWithAnExceptionOrAnIncompleteAnswer) {
             return true;
           }
         },
-        [](bool thrown, int fired, std::size_t reports) {
+        [](FaultyCache& faulty, bool thrown, int fired, std::size_t reports) {
+          const std::string index = faulty.root.read("versioned_index");
+          CacheDescriptorSerializer().deserialize(index);
+          EXPECT_TRUE(index.find(R"({"version":2,)") != std::string::npos ||
+                      (!thrown && reports > 0))
+              << "only a reported failure to look the index up may start a new one";
           // What fails below the file cache is reported; what fails in the index is thrown.
           EXPECT_TRUE(thrown || reports > 0);
           EXPECT_LE(reports, static_cast<std::size_t>(fired));

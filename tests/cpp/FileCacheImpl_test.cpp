@@ -125,6 +125,7 @@ TEST_F(FileCacheSequence, keysThatAreNotForFilesAreRefusedBeforeAnythingIsCalled
       {"..", "..", "its file would lie outside the root"},
       {"a/..", "a/..", root},
       {"/..", "/..", root},
+      {"a/b/..", "a/b/..", "its file would be a directory that holds the files of other keys"},
       {std::string("a\0b", 3), "a\\0b", "its file's name would be cut short at a zero byte"},
       {"metadata.json", "metadata.json", own},
       {"extra", "extra", own},

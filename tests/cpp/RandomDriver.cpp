@@ -19,7 +19,7 @@ using namespace zentrel::vistabase::ardelivery;
 using Status = IFileCache::MemContainsStatus;
 
 constexpr std::int64_t kBudget = 100;
-const std::vector<std::string> kKeys = {"a", "b", "c", "d:", "%e", "\xFFg", "h i", "dir", ".dot"};
+const std::vector<std::string> kKeys = {"a", "b", "c", "d:", "%e", "\xFFg", "h..i", "dir", ".dot"};
 
 struct Record {
   std::int64_t size, lastAccess;

@@ -99,11 +99,15 @@ TEST(FileIO, hasOneMessageForEveryFailure) {
   const TemporaryDirectory root;
   FileIO io;
   const std::string message = "Could not open file.";
+  const int nextDescriptor = ::dup(0);
+  ::close(nextDescriptor);
   EXPECT_EQ(message, errorOf([&] { io.readFile(root / "gone"); }));
   EXPECT_EQ(message, errorOf([&] { io.readFile(root.path()); }));
   EXPECT_EQ(message, errorOf([&] { io.writeFile(root / "gone/file", "x"); }));
   EXPECT_EQ(message, errorOf([&] { io.writeFile("/dev/full", "x"); }));
   EXPECT_NO_THROW(io.writeFile("/dev/full", ""));
+  EXPECT_EQ(nextDescriptor, ::dup(0)) << "a descriptor was left open";
+  ::close(nextDescriptor);
 }
 
 /// Interrupts the system calls of the thread that makes it, every half millisecond.

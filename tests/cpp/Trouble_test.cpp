@@ -130,13 +130,13 @@ TEST(Trouble, linksAreTakenAndTheirTargetsStay) {
     for (const std::string link : {"file", "entry/file"}) {
       std::filesystem::create_symlink(outside / "file", root / link);
     }
-    for (const std::string link : {"dir", "entry/dir"}) {
+    for (const std::string link : {"dir", "entry/dir", "slash%", "dot%"}) {
       std::filesystem::create_symlink(outside / "dir", root / link);
     }
     if (evict) {
       cache->commit("dir");
     }
-    for (const std::string key : {"file", "dir", "entry"}) {
+    for (const std::string key : {"file", "dir", "entry", "slash/", "dot/."}) {
       EXPECT_NE(evict, cache->remove(key)) << key;
     }
     EXPECT_EQ("outsideoutside", outside.read("file") + outside.read("dir/file"));

@@ -162,6 +162,29 @@ class BindingsTest extends CacheFixture {
     }
 
     @Test
+    void releasedPeersGiveTheirMemoryBack() throws Exception {
+        put("key", 1);
+        mCache.updateExtra("key", new byte[1 << 20]);
+        long before = residentPages();
+        for (int i = 0; i < 2000; ++i) {
+            mCache.getAllMetas()[0].getValue().release();
+        }
+        assertTrue(residentPages() - before < 1 << 18, "a gigabyte of two that went through");
+    }
+
+    private static long residentPages() throws Exception {
+        String statm = new String(Files.readAllBytes(Paths.get("/proc/self/statm")));
+        return Long.parseLong(statm.split(" ")[1]);
+    }
+
+    @Test
+    void aRootThatSystemCallsWouldMisreadIsRefused() {
+        for (String root : new String[] {"", mRoot + "\0x"}) {
+            assertThrows(IllegalArgumentException.class, () -> new FileCacheBasicImpl(root, 1));
+        }
+    }
+
+    @Test
     void aMissingManagedClassLeavesTheMachineUsable() throws Exception {
         String entryClass = "com/zentrel/vistabase/assets/tesselcache/ARDFileCacheEntry.class";
         List<String> paths = Arrays.asList(System.getProperty("java.class.path").split(":"));

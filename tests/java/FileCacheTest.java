@@ -117,6 +117,11 @@ class FileCacheTest extends CacheFixture {
         assertArrayEquals(BYTES, Files.readAllBytes(mFolder.resolve(damaged)));
         assertEquals(isThere, Files.exists(file) && Files.exists(mRoot.resolve("extra/model")));
         assertEquals(isThere, mCache.recoverMetadata());
+        if (isThere) { // The newest is kept.
+            Files.write(mRoot.resolve("metadata.json"), new byte[] {'{'});
+            assertTrue(mCache.recoverMetadata());
+            assertEquals(1, Files.size(mRoot.resolve(".metadata.json.damaged")));
+        }
         assertFalse(mCache.recoverMetadata());
         assertEquals(isThere, Files.exists(mRoot.resolve(".metadata.json.damaged")));
         assertEquals(isThere ? 5 : 0, mCache.getSize());

@@ -19,6 +19,9 @@ const char* whyRefused(const std::string& name) {
   if (*normal.begin() == "..") {
     return "its file would lie outside the root";
   }
+  if (boost::filesystem::path(name).filename_is_dot_dot()) {
+    return "its file would be a directory that holds the files of other keys";
+  }
   if (normal == kMetadataName || normal == kExtraName) {
     return "its file would be one of the cache's own";
   }
