@@ -23,6 +23,16 @@ android_packages=(android-liblog-dev binutils clang lld)
 docs_packages=(doxygen)
 # The other compiler and linker (Android's), the formatter and the linter.
 ci_packages=(clang clang-format clang-tidy git lld)
+# What the benchmarks measure with, and draw with; SQLite is what they compare with.
+bench_packages=(
+  binutils
+  gnuplot-nox
+  jq
+  libbenchmark-dev
+  libsqlite3-dev
+  strace
+  valgrind
+)
 
 # libFuzzer comes with clang's runtime.
 fuzz_packages=(clang libclang-rt-14-dev)
@@ -39,13 +49,15 @@ quietly() {
   return $status
 }
 
-# configured PRESET [ON]: configures the preset's build folder unless that has been done, with the
-# tests if so asked. CMake itself notices later changes.
+# configured PRESET [TESTS [BENCHMARKS]]: configures the preset's build folder unless that has been
+# done, with the tests and the benchmarks where that is ON. CMake itself notices later changes.
 configured() {
   local folder=build cache
   [[ $1 == default ]] || folder=build-$1
   cache=$folder/CMakeCache.txt
   [[ -f $folder/build.ninja ]] && grep -q "^MODELCACHE_TESTS:BOOL=${2:-}" "$cache" &&
+    grep -q "^MODELCACHE_BENCHMARKS:BOOL=${3:-}" "$cache" &&
     grep -qFx "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$cache" ||
-    quietly cmake --fresh --preset "$1" -D MODELCACHE_TESTS="${2:-OFF}"
+    quietly cmake --fresh --preset "$1" -D MODELCACHE_TESTS="${2:-OFF}" \
+      -D MODELCACHE_BENCHMARKS="${3:-OFF}"
 }
