@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,24 +17,21 @@ SynchronizationResult CacheMetadataFilesystemSynchronizer::synchronize(
     std::unique_ptr<ICacheMetadata> metadata, const boost::filesystem::path& root,
     const std::unordered_set<std::string>& ignoredNames) {
   auto entries = metadata->getEntries();
-  std::unordered_set<std::string_view> recordedNames;
-  for (const auto& [name, entry] : entries) {
-    recordedNames.insert(name);
-  }
-  const std::unordered_set<std::string> listedNames = filesystem_->listDirectory(root);
+  // Of the names, those without a record are to remain. A record whose name is not there is gone.
+  std::unordered_set<std::string> names = filesystem_->listDirectory(root);
+  const auto firstGone =
+      std::remove_if(entries.begin(), entries.end(),
+                     [&names](const auto& record) { return names.erase(record.first) == 0; });
 
   std::vector<std::pair<std::string, CacheMetadataEntry>> added;
-  for (const std::string& name : listedNames) {
+  for (const std::string& name : names) {
     const bool isHidden = name.compare(0, 1, ".") == 0;
-    if (!isHidden && ignoredNames.count(name) == 0 && recordedNames.count(name) == 0) {
+    if (!isHidden && ignoredNames.count(name) == 0) {
       CacheMetadataEntry entry;
       entry.size = static_cast<std::int64_t>(filesystem_->getSize(root / name));
       added.emplace_back(name, entry);
     }
   }
-  const auto firstGone = std::remove_if(
-      entries.begin(), entries.end(),
-      [&listedNames](const auto& record) { return listedNames.count(record.first) == 0; });
   if (added.empty() && firstGone == entries.end()) {
     return {std::move(metadata), false};
   }
