@@ -1,25 +1,38 @@
 #include "delivery/Storage/FilesystemOperations.h"
 
+#include <dirent.h>
+
 #include <boost/filesystem/directory.hpp>
+#include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/operations.hpp>
 #include <boost/system/error_code.hpp>
+#include <cerrno>
+#include <memory>
 #include <stdexcept>
+#include <string_view>
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
 namespace fs = boost::filesystem;
 
-/// Opens a directory for iteration with this cache's own message when that fails.
-template <class Iterator>
-Iterator iterate(const fs::path& path) {
-  boost::system::error_code error;
-  Iterator iterator(path, error);
-  if (error) {
-    throw std::runtime_error("Could not iterate over '" + path.string() + "' with error " +
-                             error.message());
-  }
-  return iterator;
+using boost::system::error_code;
+
+[[noreturn]] void throwCannotIterate(const fs::path& path, const error_code& error) {
+  throw std::runtime_error("Could not iterate over '" + path.string() + "' with error " +
+                           error.message());
+}
+
+error_code lastError() {
+  return {errno, boost::system::system_category()};
+}
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const noexcept { ::closedir(directory); }
+};
+
+bool isDotOrDotDot(std::string_view name) {
+  return name == "." || name == "..";
 }
 
 }  // namespace
@@ -49,8 +62,13 @@ std::uint64_t FilesystemOperations::getSize(const fs::path& path) {
   if (isFile(path)) {
     return fs::file_size(path);
   }
+  error_code error;
+  const fs::recursive_directory_iterator entries(path, error);
+  if (error) {
+    throwCannotIterate(path, error);
+  }
   std::uint64_t total = 0;
-  for (const fs::directory_entry& entry : iterate<fs::recursive_directory_iterator>(path)) {
+  for (const fs::directory_entry& entry : entries) {
     if (entry.status().type() == fs::regular_file) {
       total += fs::file_size(entry.path());
     }
@@ -58,10 +76,26 @@ std::uint64_t FilesystemOperations::getSize(const fs::path& path) {
   return total;
 }
 
+// Not Boost's iterator, which puts together the whole path of each entry: the larger part of what
+// an operation of the cache costs beyond its system calls. Failures read as they do with it.
 std::unordered_set<std::string> FilesystemOperations::listDirectory(const fs::path& path) {
+  const std::unique_ptr<DIR, DirectoryCloser> directory(::opendir(path.c_str()));
+  if (!directory) {
+    throwCannotIterate(path, lastError());
+  }
   std::unordered_set<std::string> names(10);
-  for (const fs::directory_entry& entry : iterate<fs::directory_iterator>(path)) {
-    names.insert(entry.path().filename().string());
+  errno = 0;
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    if (!isDotOrDotDot(entry->d_name)) {
+      names.emplace(entry->d_name);
+    }
+    errno = 0;
+  }
+  if (const error_code error = lastError()) {
+    if (names.empty()) {
+      throwCannotIterate(path, error);
+    }
+    throw fs::filesystem_error("boost::filesystem::directory_iterator::operator++", path, error);
   }
   return names;
 }
