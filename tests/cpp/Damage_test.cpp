@@ -11,18 +11,22 @@ namespace {
 int refused = 0;
 
 /// Reads damaged text: any outcome will do but a wrong message, a crash or undefined behaviour.
+/// White space before it changes nothing, but keeps the quick reader for the usual text from it.
 template <class Serializer>
 void read(const std::string& text) {
   Serializer serializer;
+  std::string written;
   try {
-    const auto document = serializer.deserialize(text);
-    serializer.deserialize(serializer.serialize(*document));
+    written = serializer.serialize(*serializer.deserialize(text));
   } catch (const std::runtime_error& error) {
     ++refused;
-    EXPECT_EQ(
-        0u,
-        std::string(error.what())
-            .find(std::string(("Deserializing failed: '" + text + "' with exception: ").c_str())));
+    const std::string expected = "Deserializing failed: '" + text + "' with exception: ";
+    EXPECT_EQ(0u, std::string(error.what()).find(expected.c_str()));
+    EXPECT_THROW(serializer.deserialize(" " + text), std::runtime_error);
+    return;
+  }
+  if (!text.empty()) {
+    EXPECT_EQ(written, serializer.serialize(*serializer.deserialize(" " + text)));
   }
 }
 

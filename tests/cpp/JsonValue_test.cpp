@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "support/json/CompactJson.h"
 #include "support/json/JsonValue.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -53,9 +54,15 @@ TEST(JsonValue, convertsScalarsStrictly) {
   EXPECT_EQ("conversion error: 2147483648 is not a 32-bit integer", outcome(toInt32, "2147483648"));
 }
 
-TEST(JsonValue, keepsBytesThatAreNotUtf8) {
-  const std::string bytes = "\xFF\xC3(\xED\xA0\x80 \"\\\n";
-  EXPECT_EQ(bytes, json::toString(json::parse(json::write(JsonValue(bytes)))));
+TEST(JsonValue, keepsAllBytesHoweverTheyAreWritten) {
+  std::string bytes;
+  for (int byte = 0; byte < 256; ++byte) {
+    bytes += static_cast<char>(byte);
+  }
+  std::string appended;
+  json::appendString(appended, bytes);
+  EXPECT_EQ(json::write(JsonValue(bytes)), appended);
+  EXPECT_EQ(bytes, json::toString(json::parse(appended)));
 }
 
 TEST(JsonValue, refusesWhatIsNotOneDocument) {

@@ -1,6 +1,5 @@
 #include "delivery/FileCache/CacheKey.h"
 
-#include <boost/filesystem/path.hpp>
 #include <stdexcept>
 #include <string_view>
 
@@ -12,20 +11,19 @@ const char* whyRefused(const std::string& name) {
   if (name.find('\0') != std::string::npos) {
     return "its file's name would be cut short at a zero byte";
   }
-  // As text, and only what may need it: to compare paths is a tenth of a whole look-up.
-  const std::string normal = name.find('/') == std::string::npos
-                                 ? name
-                                 : boost::filesystem::path(name).lexically_normal().string();
-  if (normal.empty() || normal == ".") {
+  if (name.empty() || name == ".") {
     return "its file would be the root itself";
   }
-  if (normal == ".." || normal.compare(0, 3, "../") == 0) {
+  if (name == "..") {
     return "its file would lie outside the root";
   }
-  if (boost::filesystem::path(name).filename_is_dot_dot()) {
-    return "its file would be a directory that holds the files of other keys";
+  // Only the last part can be "..": the others end with the percent sign of their separator.
+  constexpr std::string_view dots = "/..";
+  if (name.size() >= dots.size() &&
+      name.compare(name.size() - dots.size(), dots.size(), dots) == 0) {
+    return "its file would be the root itself, or a directory of other keys' files";
   }
-  if (normal == kMetadataName || normal == kExtraName) {
+  if (name == kMetadataName || name == kExtraName) {
     return "its file would be one of the cache's own";
   }
   return nullptr;
