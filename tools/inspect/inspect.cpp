@@ -17,6 +17,7 @@
 #include "delivery/ModelCache/VersionedModelCacheImpl.h"
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"
+#include "support/util/wrappingArithmetic.h"
 #include "tools/inspect/Terminal.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
@@ -170,7 +171,8 @@ void judgeBudget(std::int64_t budget, const ICacheMetadata& reconciled, Report& 
   report.evictedNext = CacheEvictor(budget).selectKeysToEvict(reconciled);
   if (report.totalSize > budget) {
     report.findings.push_back("the total exceeds the budget by " +
-                              std::to_string(report.totalSize - budget) + " bytes");
+                              std::to_string(wrappingSubtract(report.totalSize, budget)) +
+                              " bytes");
   }
 }
 

@@ -55,7 +55,8 @@ bool FilesystemOperations::remove(const fs::path& path) {
 
 bool FilesystemOperations::removeAll(const fs::path& path) {
   // A separator or a dot at the end would have the system follow a link, and delete its target.
-  return fs::remove_all(path.filename_is_dot() ? path.parent_path() : path) != 0;
+  const bool isWithin = path.filename_is_dot() && path.has_parent_path();
+  return fs::remove_all(isWithin ? path.parent_path() : path) != 0;
 }
 
 std::uint64_t FilesystemOperations::getSize(const fs::path& path) {
