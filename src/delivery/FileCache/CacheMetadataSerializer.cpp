@@ -92,11 +92,13 @@ std::string CacheMetadataSerializer::serialize(const ICacheMetadata& metadata) {
 }
 
 quovix::unique_ref<ICacheMetadata> CacheMetadataSerializer::deserialize(const std::string& text) {
-  Records records;
-  if (!text.empty() && !readAsWritten(text, records)) {
-    records = json::readDocument(text, &readAnyhow);
-  }
-  return quovix::make_unique_ref<CacheMetadata>(std::move(records));
+  return json::deserializing(text, [&text]() -> quovix::unique_ref<ICacheMetadata> {
+    Records records;
+    if (!text.empty() && !readAsWritten(text, records)) {
+      records = json::readRoot(text, &readAnyhow);
+    }
+    return quovix::make_unique_ref<CacheMetadata>(std::move(records));
+  });
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -34,6 +34,14 @@ VersionRecord toRecord(const JsonValue& version) {
   return record;
 }
 
+std::vector<VersionRecord> toRecords(const JsonValue& root) {
+  std::vector<VersionRecord> records;
+  for (const JsonValue& version : json::arrayMember(root, "versions")) {
+    records.push_back(toRecord(version));
+  }
+  return records;
+}
+
 }  // namespace
 
 std::string CacheDescriptorSerializer::serialize(const CacheDescriptor& descriptor) {
@@ -49,15 +57,13 @@ std::string CacheDescriptorSerializer::serialize(const CacheDescriptor& descript
 }
 
 std::unique_ptr<CacheDescriptor> CacheDescriptorSerializer::deserialize(const std::string& text) {
-  auto descriptor = std::make_unique<CacheDescriptor>();
-  if (!text.empty()) {
-    json::readDocument(text, [&descriptor](const JsonValue& root) {
-      for (const JsonValue& version : json::arrayMember(root, "versions")) {
-        descriptor->versions.push_back(toRecord(version));
-      }
-    });
-  }
-  return descriptor;
+  return json::deserializing(text, [&text] {
+    auto descriptor = std::make_unique<CacheDescriptor>();
+    if (!text.empty()) {
+      descriptor->versions = json::readRoot(text, &toRecords);
+    }
+    return descriptor;
+  });
 }
 
 }  // namespace zentrel::vistabase::ardelivery
