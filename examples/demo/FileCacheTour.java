@@ -12,12 +12,10 @@ import java.util.Map;
 
 /** Takes files through every operation of the file cache. */
 final class FileCacheTour {
-    private final Path mFolder;
     private final Path mRoot;
     private final List<File> mFiles;
 
     FileCacheTour(Path folder, List<File> files) {
-        mFolder = folder;
         mRoot = folder.resolve("filecache");
         mFiles = files;
     }
