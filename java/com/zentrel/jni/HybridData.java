@@ -33,7 +33,7 @@ public final class HybridData {
                 Collections.newSetFromMap(new ConcurrentHashMap<Destructor, Boolean>());
 
         static {
-            Thread thread = new Thread(Destructor::destructUnreachable, "HybridData destructor");
+            Thread thread = new DestructorThread();
             thread.setDaemon(true);
             thread.start();
         }
@@ -60,16 +60,24 @@ public final class HybridData {
             }
         }
 
-        private static void destructUnreachable() {
+        private static native void deleteNative(long pointer);
+    }
+
+    /** A class of its own: a method reference would cost more at the start than all else here. */
+    private static final class DestructorThread extends Thread {
+        DestructorThread() {
+            super("HybridData destructor");
+        }
+
+        @Override
+        public void run() {
             while (true) {
                 try {
-                    ((Destructor) UNREACHABLE.remove()).destruct();
+                    ((Destructor) Destructor.UNREACHABLE.remove()).destruct();
                 } catch (InterruptedException interruption) {
                     // Nobody has a reason to end this thread.
                 }
             }
         }
-
-        private static native void deleteNative(long pointer);
     }
 }
