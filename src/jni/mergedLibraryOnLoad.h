@@ -2,6 +2,7 @@
 
 #include <jni.h>
 
+#include "jni/SoftErrorListener.h"
 #include "platform/zentreljni/initialize.h"
 
 namespace zentrel::jni {
@@ -33,6 +34,7 @@ jint mergedLibraryOnLoad(JNIEnv* env, jclass) {
   if (env->GetJavaVM(&vm) < 0) {
     return -1;
   }
+  vistabase::ardelivery::listenToSoftErrors(vm);
   return loadResult(initialize(vm, OnLoad));
 }
 

@@ -11,6 +11,15 @@ namespace softerror {
 namespace {
 
 std::atomic<Sink> currentSink{&platformSink};
+std::atomic<Sink> currentObserver{nullptr};
+
+void give(const Report& report, Sink receiver) noexcept {
+  try {
+    receiver(report);
+  } catch (...) {
+    // There is no further place to report to.
+  }
+}
 
 const char* orNull(const char* text) {
   return text == nullptr ? "(null)" : text;
@@ -20,6 +29,10 @@ const char* orNull(const char* text) {
 
 Sink setSink(Sink sink) noexcept {
   return currentSink.exchange(sink == nullptr ? &platformSink : sink);
+}
+
+void setObserver(Sink observer) noexcept {
+  currentObserver = observer;
 }
 
 void printSoftError(const char* file, const char* function, int line, Severity severity,
@@ -51,11 +64,11 @@ void printSoftError(const char* file, const char* function, int line, Severity s
   va_end(again);
   va_end(arguments);
 
-  try {
-    currentSink.load()({orNull(file), orNull(function), line, severity, orNull(category),
-                        orNull(format), message});
-  } catch (...) {
-    // There is no further place to report to.
+  const Report report = {orNull(file),     orNull(function), line,   severity,
+                         orNull(category), orNull(format),   message};
+  give(report, currentSink);
+  if (const Sink observer = currentObserver) {
+    give(report, observer);
   }
 }
 

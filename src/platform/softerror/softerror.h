@@ -31,6 +31,10 @@ void platformSink(const Report& report);
 /// was in place. May be called from any thread.
 Sink setSink(Sink sink) noexcept;
 
+/// Has `observer` receive all further reports too, after the sink, or nothing when it is null. An
+/// exception that it throws is dropped. May be called from any thread.
+void setObserver(Sink observer) noexcept;
+
 /// Formats a report and hands it to the sink. Never throws, whatever the arguments: a null text is
 /// replaced by "(null)", a format that cannot be formatted is reported as it stands.
 void printSoftError(const char* file, const char* function, int line, Severity severity,
