@@ -6,6 +6,7 @@ import com.zentrel.vistabase.assets.tesselcache.ARDFileCache;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileCacheEntry;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileResourceMeta;
 import java.io.File;
+import java.io.IOException;
 import java.util.Map;
 
 /** The file cache on disk. */
@@ -28,25 +29,38 @@ public class FileCacheBasicImpl extends ARDFileCache {
     }
 
     /**
-     * Sets the cache's own bookkeeping aside. To be called when every operation fails because
-     * {@code metadata.json} is damaged: the next operation then adopts every entry again, as not
-     * used recently. Entries and their extra bytes stay.
+     * Sets the cache's own bookkeeping aside if it cannot be read, in which case every operation
+     * fails: the next one then adopts every entry again, as not used recently. Entries and their
+     * extra bytes stay.
      *
-     * <p>The file is renamed to {@code .metadata.json.damaged}, in place of an earlier one.
+     * <p>What cannot be read is renamed to {@code .metadata.json.damaged}, in place of an earlier
+     * one, and a soft error says so.
      *
-     * @return false if there was no such file
-     * @throws IllegalStateException if the file could not be renamed
+     * @return false if there is nothing to mend, or if it could not be renamed
+     * @throws NullPointerException if the cache is closed
      */
     public boolean recoverMetadata() {
-        File damaged = new File(mRoot, "metadata.json");
+        SoftErrors.Capture capture = SoftErrors.capture();
+        String failure;
+        try {
+            getSize();
+        } finally {
+            failure = capture.end();
+        }
+        File metadata = new File(mRoot, "metadata.json");
         File aside = new File(mRoot, ".metadata.json.damaged");
-        if (!damaged.exists()) {
+        boolean damaged = metadata.isFile()
+                ? failure != null && failure.startsWith("Error for getSize: Deserializing failed: '")
+                : metadata.exists();
+        try {
+            if (damaged) {
+                new Disk().rename(metadata, aside);
+                SoftErrors.report("recoverMetadata", "set " + metadata + " aside as " + aside);
+            }
+            return damaged;
+        } catch (IOException readOnly) {
             return false;
         }
-        if (!damaged.renameTo(aside)) {
-            throw new IllegalStateException("could not rename " + damaged + " to " + aside);
-        }
-        return true;
     }
 
     public static native HybridData initHybrid(String rootPath, long maxSizeBytes);

@@ -1,0 +1,213 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import java.io.File;
+import java.io.IOException;
+import java.util.Arrays;
+import java.util.Collections;
+import java.util.Comparator;
+import java.util.Set;
+
+/**
+ * The entries of a root, by the names of their files, as they lie on disk. Callers see to it that
+ * only one thread at a time changes them.
+ */
+final class Entries {
+    /** The entry in which the native model caches keep their index. */
+    static final String INDEX = "versioned_index";
+
+    private static final String METADATA = "metadata.json";
+    private static final String EXTRA = "extra";
+
+    /** How the names begin under which entries are written. */
+    private static final String PART = ".part-";
+
+    private static final int LONGEST_NAME = 255 - PART.length();
+    private static final long SECOND = 1000;
+
+    private final File mRoot;
+    private final File mExtras;
+    private final Disk mDisk;
+    private long mNewest;
+
+    Entries(File root, Disk disk) {
+        mRoot = root;
+        mExtras = new File(root, EXTRA);
+        mDisk = disk;
+    }
+
+    /**
+     * The name of a key's file: of a letter, a digit and each of "-_." itself, of all other
+     * characters a percent sign and the number, so that no key means anything to a file system.
+     */
+    static String nameOf(String key) {
+        StringBuilder name = new StringBuilder(isOwn(key) ? "%" : "");
+        for (int i = 0; i < key.length(); ++i) {
+            char c = key.charAt(i);
+            boolean isPlain = c >= 'a' && c <= 'z' || c >= 'A' && c <= 'Z' || c >= '0' && c <= '9'
+                    || c == '-' || c == '_' || c == '.' && i > 0;
+            name.append(isPlain ? String.valueOf(c) : String.format("%%%04X", (int) c));
+        }
+        if (name.length() == 0 || name.length() > LONGEST_NAME) {
+            throw new IllegalArgumentException("the file name of a key has 1 to " + LONGEST_NAME
+                    + " characters, and not " + name.length() + ": " + key);
+        }
+        return name.toString();
+    }
+
+    File file(String name) {
+        return new File(mRoot, name);
+    }
+
+    /** Where an entry is written. */
+    File part(String name) {
+        return new File(mRoot, PART + name);
+    }
+
+    /** Whether there is such an entry; what cannot be told is thrown. */
+    boolean has(String name) throws IOException {
+        // What is said not to exist may also be out of reach.
+        return file(name).exists() || Arrays.asList(names()).contains(name);
+    }
+
+    /** Whether the entry is a file of that many bytes. */
+    boolean isFileOf(String name, long bytes) {
+        File file = file(name);
+        return file.length() == bytes && file.isFile();
+    }
+
+    /** Bytes of all entries together. */
+    long size() throws IOException {
+        return size(all());
+    }
+
+    /** Makes a part the entry. */
+    void place(String name) throws IOException {
+        mDisk.rename(part(name), file(name));
+        mDisk.syncFolder(mRoot);
+        touch(name);
+    }
+
+    /** Undoes {@link #place} of an entry that was not there before. */
+    void takeBack(String name) throws IOException {
+        mDisk.rename(file(name), part(name));
+    }
+
+    /**
+     * Makes an entry the last one used. The order is kept in the dates of the files; it is strict,
+     * whatever the clock does.
+     */
+    synchronized void touch(String name) throws IOException {
+        if (mNewest == 0) {
+            for (File entry : all()) {
+                mNewest = Math.max(mNewest, entry.lastModified());
+            }
+        }
+        File entry = file(name);
+        mNewest = Math.max(mNewest + 1, System.currentTimeMillis());
+        if (entry.setLastModified(mNewest) && entry.lastModified() < mNewest) {
+            mNewest += SECOND - mNewest % SECOND; // on a system that keeps no fractions
+            entry.setLastModified(mNewest);
+        }
+    }
+
+    /**
+     * Deletes the entries that were not used for longest, until {@code bytes} more fit the budget.
+     *
+     * @param kept the names of entries that stay
+     */
+    void makeRoom(long bytes, long budget, Set<String> kept) throws IOException {
+        File[] entries = all();
+        long total = size(entries);
+        if (bytes > budget - total) {
+            sortByAge(entries);
+        }
+        for (int i = 0; bytes > budget - total; ++i) {
+            if (i == entries.length) {
+                throw new IOException("no room for " + bytes + " bytes in " + mRoot + ": " + total
+                        + " of " + budget + " are taken by what has to stay");
+            }
+            if (!kept.contains(entries[i].getName())) {
+                total -= Disk.size(entries[i]);
+                drop(Collections.singleton(entries[i].getName()));
+            }
+        }
+    }
+
+    /** Deletes entries and their extra bytes. */
+    void drop(Iterable<String> names) throws IOException {
+        for (String name : names) {
+            mDisk.delete(file(name));
+            mDisk.delete(new File(mExtras, name));
+        }
+    }
+
+    /** Deletes what was begun and not ended, but for the parts of these names. */
+    void dropParts(Set<String> kept) throws IOException {
+        for (String name : names()) {
+            if (name.startsWith(PART) && !kept.contains(name.substring(PART.length()))) {
+                mDisk.delete(file(name));
+            }
+        }
+    }
+
+    /** The extra bytes of an entry, or null if it has none. */
+    byte[] extra(String name) throws IOException {
+        return VersionTable.bytesOf(new File(mExtras, name));
+    }
+
+    void replaceExtra(String name, byte[] bytes) throws IOException {
+        if (mExtras.exists() && !mExtras.isDirectory()) {
+            mDisk.delete(mExtras);
+            SoftErrors.report("replaceExtra", "deleted " + mExtras + ", which was no folder");
+        }
+        mDisk.createFolder(mExtras);
+        mDisk.replace(new File(mExtras, name), bytes, part(name));
+    }
+
+    /** Has these bytes take the place of a file that is no entry. */
+    void replaceOwn(String name, byte[] bytes) throws IOException {
+        mDisk.replace(file(name), bytes, part(name));
+    }
+
+    private String[] names() throws IOException {
+        String[] names = mRoot.list();
+        if (names == null) {
+            throw new IOException("cannot be read: " + mRoot);
+        }
+        return names;
+    }
+
+    private File[] all() throws IOException {
+        String[] names = names();
+        File[] entries = new File[names.length];
+        int count = 0;
+        for (String name : names) {
+            if (!name.startsWith(".") && !isOwn(name)) {
+                entries[count++] = file(name);
+            }
+        }
+        return Arrays.copyOf(entries, count);
+    }
+
+    private static void sortByAge(File[] entries) {
+        Arrays.sort(entries, new Comparator<File>() {
+            @Override
+            public int compare(File left, File right) {
+                int order = Long.compare(left.lastModified(), right.lastModified());
+                return order != 0 ? order : left.compareTo(right);
+            }
+        });
+    }
+
+    private static long size(File[] entries) throws IOException {
+        long total = 0;
+        for (File entry : entries) {
+            total += Disk.size(entry);
+        }
+        return total;
+    }
+
+    private static boolean isOwn(String name) {
+        return name.equals(METADATA) || name.equals(EXTRA) || name.equals(INDEX);
+    }
+}

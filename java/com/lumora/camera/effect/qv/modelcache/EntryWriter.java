@@ -1,0 +1,123 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import java.io.File;
+import java.io.FileOutputStream;
+import java.io.IOException;
+import java.io.OutputStream;
+import java.util.Collections;
+
+/** Writes an entry beside the others; {@link #commit} makes it one. */
+public class EntryWriter extends OutputStream {
+    final FileStore mStore;
+    final String mName;
+    final File mPart;
+    private FileOutputStream mOut; // null once closed
+    private long mSize;
+
+    EntryWriter(FileStore store, String name, long kept) throws IOException {
+        mStore = store;
+        mName = name;
+        mPart = store.entries().part(name);
+        openPart(kept);
+    }
+
+    @Override
+    public final void write(int b) throws IOException {
+        write(new byte[] {(byte) b}, 0, 1);
+    }
+
+    /** Fails as soon as the whole budget is exceeded. */
+    @Override
+    public synchronized void write(byte[] bytes, int offset, int length) throws IOException {
+        requireOpen();
+        if (length > mStore.maxSizeBytes() - mSize) {
+            throw new IOException("more than the whole budget of " + mStore.maxSizeBytes()
+                    + " bytes: " + mPart);
+        }
+        append(bytes, offset, length);
+    }
+
+    /**
+     * Makes what was written the entry, in place of an earlier one and of its extra bytes, and closes
+     * the writer. Once this returns, the entry outlasts a power cut; if it throws, what was there
+     * before is there.
+     */
+    public synchronized void commit() throws IOException {
+        requireOpen();
+        try {
+            check();
+            mStore.disk().sync(mOut);
+            place();
+        } finally {
+            close();
+        }
+    }
+
+    /** What was not committed is dropped. */
+    @Override
+    public synchronized void close() throws IOException {
+        if (mOut != null) {
+            try {
+                closePart();
+                abandon();
+            } finally {
+                mStore.unregister(this);
+            }
+        }
+    }
+
+    /** Throws what is wrong with what was written. */
+    void check() throws IOException {}
+
+    /** Makes the part the entry. */
+    void place() throws IOException {
+        mStore.enter();
+        try {
+            mStore.entries().makeRoom(mSize - Disk.size(mStore.entries().file(mName)),
+                    mStore.maxSizeBytes(), Collections.singleton(mName));
+            mStore.place(mName);
+        } finally {
+            mStore.leave();
+        }
+    }
+
+    /** Does away with the part, if it has not become an entry. */
+    void abandon() throws IOException {
+        mStore.disk().delete(mPart);
+    }
+
+    /** Bytes in the part. */
+    final long size() {
+        return mSize;
+    }
+
+    final void append(byte[] bytes, int offset, int length) throws IOException {
+        mOut.write(bytes, offset, length);
+        mSize += length;
+    }
+
+    /** Opens the part, which keeps so many bytes: all that it has, or none. */
+    final void openPart(long size) throws IOException {
+        closePart();
+        if (mPart.isDirectory()) {
+            mStore.disk().delete(mPart);
+        }
+        mOut = mStore.disk().open(mPart, size > 0);
+        mSize = size;
+    }
+
+    final void requireOpen() throws IOException {
+        if (mOut == null) {
+            mStore.requireOpen();
+            throw new IOException("the writer is closed: " + mPart);
+        }
+    }
+
+    private void closePart() throws IOException {
+        FileOutputStream out = mOut;
+        mOut = null;
+        if (out != null) {
+            out.close();
+        }
+    }
+}

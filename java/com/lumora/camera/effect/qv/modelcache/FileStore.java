@@ -1,0 +1,354 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import java.io.Closeable;
+import java.io.File;
+import java.io.IOException;
+import java.io.InterruptedIOException;
+import java.util.Collections;
+import java.util.HashMap;
+import java.util.Map;
+import java.util.concurrent.Callable;
+import java.util.concurrent.ConcurrentHashMap;
+import java.util.concurrent.ExecutionException;
+import java.util.concurrent.FutureTask;
+import java.util.concurrent.locks.ReentrantLock;
+
+/**
+ * Files under one root directory, each under a key, within a byte budget: what was not used for
+ * longest goes first. Safe by itself: any thread may call any method at any time; a kill, a power
+ * cut or a full disk costs no committed entry; and a root has one store, in this process and in all
+ * others.
+ *
+ * <p>Failures are IOExceptions. A closed store throws IllegalStateException, and so does one that is
+ * called from a {@link SoftErrors.Listener} in the middle of a call of its own.
+ */
+public final class FileStore implements Closeable {
+    private final File mRoot;
+    private final long mMaxSizeBytes;
+    private final Disk mDisk;
+    private final Entries mEntries;
+    private final RootLock mRootLock;
+
+    /** Held by whatever changes the root, but never while the bytes of an entry are on their way. */
+    private final ReentrantLock mLock = new ReentrantLock();
+
+    /** The entries that are being written, by name. */
+    private final Map<String, EntryWriter> mWriters = new HashMap<>();
+
+    private final ConcurrentHashMap<String, Flight> mFlights = new ConcurrentHashMap<>();
+    private final Object mClosing = new Object();
+    private volatile boolean mClosed;
+    private NativeCache mNatives; // made when it is first needed
+
+    /**
+     * Opens the store of a directory, which is created if it is missing.
+     *
+     * @param maxSizeBytes the budget of all entries together
+     * @throws IOException if another store has the root; the message says which
+     */
+    public static FileStore open(File root, long maxSizeBytes) throws IOException {
+        if (maxSizeBytes < 0) {
+            throw new IllegalArgumentException("negative budget: " + maxSizeBytes);
+        }
+        File absolute = root.getAbsoluteFile();
+        Disk disk = new Disk();
+        disk.createFolder(absolute);
+        FileStore store = new FileStore(absolute, maxSizeBytes, disk, new RootLock(absolute));
+        try {
+            store.mEntries.dropParts(Collections.<String>emptySet());
+            store.natives().reload();
+        } catch (IOException failure) { // of a read-only disk, say, of which entries can be got
+            SoftErrors.report("open", failure.toString());
+        }
+        return store;
+    }
+
+    FileStore(File root, long maxSizeBytes, Disk disk, RootLock rootLock) {
+        mRoot = root;
+        mMaxSizeBytes = maxSizeBytes;
+        mDisk = disk;
+        mRootLock = rootLock;
+        mEntries = new Entries(root, disk);
+    }
+
+    /** The file of an entry, which thereby counts as used; null if there is none, and only then. */
+    public File get(String key) throws IOException {
+        String name = Entries.nameOf(key);
+        requireOpen();
+        if (!mEntries.has(name)) {
+            return null;
+        }
+        mEntries.touch(name);
+        return mEntries.file(name);
+    }
+
+    /**
+     * Begins to write an entry. What is there stays until the writer commits.
+     *
+     * @throws IllegalStateException if the entry is being written already
+     */
+    public EntryWriter write(String key) throws IOException {
+        String name = Entries.nameOf(key);
+        enter();
+        try {
+            requireUnwritten(name);
+            EntryWriter writer = new EntryWriter(this, name, 0);
+            register(writer);
+            return writer;
+        } finally {
+            leave();
+        }
+    }
+
+    /**
+     * The file of an entry, which {@code fetcher} gets if there is none. Of several threads that ask
+     * for one key, one fetches, and the others wait for what becomes of it.
+     */
+    public File getOrFetch(String key, Fetcher fetcher) throws IOException {
+        File file = get(key);
+        if (file != null) {
+            return file;
+        }
+        Flight flight = new Flight(this, key, fetcher);
+        Flight other = mFlights.putIfAbsent(key, flight);
+        if (other != null) {
+            return other.result();
+        }
+        try {
+            flight.run();
+        } finally {
+            mFlights.remove(key);
+        }
+        return flight.result();
+    }
+
+    /** Deletes an entry and its extra bytes; false if there was none. */
+    public boolean remove(String key) throws IOException {
+        String name = Entries.nameOf(key);
+        enter();
+        try {
+            requireForWriting();
+            if (!mEntries.has(name)) {
+                return false;
+            }
+            mEntries.drop(Collections.singleton(name));
+            natives().reload();
+            return true;
+        } finally {
+            leave();
+        }
+    }
+
+    /** Bytes of all entries together. */
+    public long size() throws IOException {
+        requireOpen();
+        return mEntries.size();
+    }
+
+    /** The extra bytes of an entry, or null if it has none. */
+    public byte[] extra(String key) throws IOException {
+        String name = Entries.nameOf(key);
+        enter();
+        try {
+            return mEntries.has(name) ? mEntries.extra(name) : null;
+        } finally {
+            leave();
+        }
+    }
+
+    /** Gives an entry extra bytes, in place of those that it has; false if there is no entry. */
+    public boolean setExtra(String key, byte[] extra) throws IOException {
+        String name = Entries.nameOf(key);
+        enter();
+        try {
+            requireForWriting();
+            if (!mEntries.has(name)) {
+                return false;
+            }
+            mEntries.replaceExtra(name, extra);
+            return true;
+        } finally {
+            leave();
+        }
+    }
+
+    /** Ends all writing and lets go of the root. Calling it again does nothing. */
+    @Override
+    public void close() {
+        requireOutside();
+        synchronized (mClosing) { // Who calls it at the same time returns when it is done.
+            lock();
+            boolean wasClosed = mClosed;
+            mClosed = true;
+            leave();
+            if (!wasClosed) {
+                closeAll();
+            }
+        }
+    }
+
+    private void closeAll() {
+        try {
+            closeWriters();
+        } finally {
+            if (mNatives != null) {
+                mNatives.close();
+            }
+            mRootLock.close();
+        }
+    }
+
+    // The rest is for the writers and the model store.
+
+    /** Takes the lock, of an open store. */
+    void enter() {
+        lock();
+        if (mClosed) {
+            leave();
+            requireOpen();
+        }
+    }
+
+    /** Takes the lock, of a store that may be closed. */
+    void lock() {
+        requireOutside();
+        mLock.lock();
+    }
+
+    void requireOutside() {
+        if (mLock.isHeldByCurrentThread()) {
+            throw new IllegalStateException("called in the middle of another call of the store");
+        }
+    }
+
+    void leave() {
+        mLock.unlock();
+    }
+
+    void requireOpen() {
+        if (mClosed) {
+            throw new IllegalStateException("the store is closed: " + mRoot);
+        }
+    }
+
+    void requireForWriting() throws IOException {
+        mRootLock.requireForWriting();
+    }
+
+    long maxSizeBytes() {
+        return mMaxSizeBytes;
+    }
+
+    File root() {
+        return mRoot;
+    }
+
+    Disk disk() {
+        return mDisk;
+    }
+
+    Entries entries() {
+        return mEntries;
+    }
+
+    NativeCache natives() {
+        if (mNatives == null) {
+            mNatives = new NativeCache(mRoot);
+        }
+        return mNatives;
+    }
+
+    /** Whether the native records are as they should be, as far as they were written here. */
+    boolean areRecordsCurrent() {
+        return mNatives == null || mNatives.isCurrent();
+    }
+
+    /** To be asked, under the lock, before a writer is made. */
+    void requireUnwritten(String name) throws IOException {
+        requireForWriting();
+        if (mWriters.containsKey(name)) {
+            throw new IllegalStateException("is being written already: " + name);
+        }
+    }
+
+    void register(EntryWriter writer) {
+        mWriters.put(writer.mName, writer);
+    }
+
+    void unregister(EntryWriter writer) {
+        lock();
+        try {
+            mWriters.remove(writer.mName);
+        } finally {
+            leave();
+        }
+    }
+
+    /** Not to be called under the lock, for which a writer may be waiting. */
+    void closeWriters() {
+        EntryWriter[] writers;
+        lock();
+        try {
+            writers = mWriters.values().toArray(new EntryWriter[0]);
+        } finally {
+            leave();
+        }
+        for (EntryWriter writer : writers) {
+            try {
+                writer.close();
+            } catch (IOException failure) {
+                SoftErrors.report("closeWriters", failure.toString());
+            }
+        }
+    }
+
+    /** Makes what was written the entry, for which there is room. */
+    void place(String name) throws IOException {
+        natives().insert(name); // first, for it drops the extra bytes: they are of what was there
+        mEntries.place(name);
+        natives().adopt(name);
+    }
+
+    private File fetch(String key, Fetcher fetcher) throws IOException {
+        File landed = get(key); // before this flight took off
+        if (landed != null) {
+            return landed;
+        }
+        try (EntryWriter out = write(key)) {
+            fetcher.fetch(key, out);
+            out.commit();
+        }
+        return get(key);
+    }
+
+    /** The fetching of one entry. */
+    private static final class Flight extends FutureTask<File> {
+        private final Thread mThread = Thread.currentThread();
+
+        Flight(final FileStore store, final String key, final Fetcher fetcher) {
+            super(new Callable<File>() {
+                @Override
+                public File call() throws IOException {
+                    return store.fetch(key, fetcher);
+                }
+            });
+        }
+
+        File result() throws IOException {
+            if (mThread == Thread.currentThread() && !isDone()) {
+                throw new IllegalStateException("a fetcher asks for the entry that it fetches");
+            }
+            try {
+                return get();
+            } catch (InterruptedException interruption) {
+                Thread.currentThread().interrupt();
+                throw new InterruptedIOException("interrupted while another thread fetches");
+            } catch (ExecutionException failure) {
+                if (failure.getCause() instanceof IOException) {
+                    throw new IOException(failure.getCause().getMessage(), failure.getCause());
+                }
+                throw new IllegalStateException("the fetcher failed", failure.getCause());
+            }
+        }
+    }
+}

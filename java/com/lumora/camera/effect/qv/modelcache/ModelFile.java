@@ -1,0 +1,72 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import java.util.Locale;
+
+/** What a model file has to be: its type, its size and its digest. Immutable. */
+public final class ModelFile {
+    private static final int DIGEST_LENGTH = 64;
+
+    private final String mType;
+    private final long mSizeBytes;
+    private final String mSha256;
+
+    /**
+     * @param type one of {@link Capability#types}
+     * @param sha256 the SHA-256 digest of the file's bytes, 64 hexadecimal digits
+     * @throws IllegalArgumentException if the size is negative or the digest is none
+     */
+    public ModelFile(String type, long sizeBytes, String sha256) {
+        if (type == null || sha256 == null) {
+            throw new IllegalArgumentException("a model file needs a type and a digest");
+        }
+        if (sizeBytes < 0) {
+            throw new IllegalArgumentException("negative size of " + type + ": " + sizeBytes);
+        }
+        if (!isDigest(sha256)) {
+            throw new IllegalArgumentException("not 64 hexadecimal digits: " + sha256);
+        }
+        mType = type;
+        mSizeBytes = sizeBytes;
+        mSha256 = sha256.toLowerCase(Locale.ROOT);
+    }
+
+    public String type() {
+        return mType;
+    }
+
+    public long sizeBytes() {
+        return mSizeBytes;
+    }
+
+    /** In lower case. */
+    public String sha256() {
+        return mSha256;
+    }
+
+    @Override
+    public boolean equals(Object other) {
+        return other instanceof ModelFile && mType.equals(((ModelFile) other).mType)
+                && mSizeBytes == ((ModelFile) other).mSizeBytes
+                && mSha256.equals(((ModelFile) other).mSha256);
+    }
+
+    @Override
+    public int hashCode() {
+        return mSha256.hashCode() + mType.hashCode();
+    }
+
+    @Override
+    public String toString() {
+        return mType + ", " + mSizeBytes + " bytes, " + mSha256;
+    }
+
+    private static boolean isDigest(String text) {
+        for (int i = 0; i < text.length(); ++i) {
+            // Not Character.digit, which knows the digits of other scripts too.
+            if ("0123456789abcdefABCDEF".indexOf(text.charAt(i)) < 0) {
+                return false;
+            }
+        }
+        return text.length() == DIGEST_LENGTH;
+    }
+}

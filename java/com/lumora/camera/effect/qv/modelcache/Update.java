@@ -1,0 +1,140 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import java.io.Closeable;
+import java.io.IOException;
+import java.util.ArrayList;
+import java.util.HashSet;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.Set;
+
+/**
+ * The getting of one version. Its methods and its writers may be used from any threads. What it got
+ * stays when it is closed, for the next update to the version.
+ */
+public final class Update implements Closeable {
+    private final ModelStoreImpl mStore;
+    private final VersionTable.Version mVersion;
+
+    /** The names of the entries that are there. */
+    private final Set<String> mThere = new HashSet<>();
+
+    Update(ModelStoreImpl store, VersionTable.Version version) {
+        mStore = store;
+        mVersion = version;
+    }
+
+    /** The files that are still to be written, each once. */
+    public List<ModelFile> missing() {
+        mStore.enter();
+        try {
+            mStore.requireRunning(this);
+            return new ArrayList<>(missingByName().values());
+        } finally {
+            mStore.leave();
+        }
+    }
+
+    /**
+     * Begins to write a missing file, or goes on with it.
+     *
+     * @throws IllegalArgumentException if the file is not missing
+     * @throws IllegalStateException if it is being written already
+     */
+    public ModelWriter write(ModelFile file) throws IOException {
+        ModelWriter writer;
+        mStore.enter();
+        try {
+            mStore.requireRunning(this);
+            String name = mVersion.names().get(file);
+            if (name == null || mThere.contains(name)) {
+                throw new IllegalArgumentException("not missing: " + file);
+            }
+            mStore.files().requireUnwritten(name);
+            writer = new ModelWriter(mStore.files(), this, file, name);
+            mStore.files().register(writer);
+        } finally {
+            mStore.leave();
+        }
+        writer.resume();
+        return writer;
+    }
+
+    /**
+     * Makes the version the active one.
+     *
+     * @throws IllegalStateException if files are missing
+     */
+    public void activate() throws IOException {
+        mStore.enter();
+        try {
+            mStore.requireRunning(this);
+            if (!isComplete()) {
+                throw new IllegalStateException("still missing: " + missingByName().values());
+            }
+            mStore.activate(mVersion);
+        } finally {
+            mStore.leave();
+        }
+        close();
+    }
+
+    /** Ends the update, and all writing. */
+    @Override
+    public void close() {
+        mStore.end(this);
+    }
+
+    // The rest is for the store, which has entered.
+
+    VersionTable.Version version() {
+        return mVersion;
+    }
+
+    boolean isComplete() {
+        return mThere.containsAll(mVersion.names().values());
+    }
+
+    Map<String, ModelFile> missingByName() {
+        Map<String, ModelFile> missing = new LinkedHashMap<>();
+        for (Map.Entry<ModelFile, String> file : mVersion.names().entrySet()) {
+            if (!mThere.contains(file.getValue()) && !missing.containsKey(file.getValue())) {
+                missing.put(file.getValue(), file.getKey());
+            }
+        }
+        return missing;
+    }
+
+    /** Makes the part of a file that is being written one of its files. */
+    void place(ModelWriter writer) throws IOException {
+        mStore.place(this, writer);
+    }
+
+    /** Commits what an earlier attempt has written to the end. Not under the lock. */
+    void commitFinished() {
+        for (ModelFile file : missing()) {
+            try {
+                commitFinished(file);
+            } catch (IOException wrong) {
+                SoftErrors.report("begin", wrong.getMessage());
+            }
+        }
+    }
+
+    private void commitFinished(ModelFile file) throws IOException {
+        if (file.sizeBytes() > 0 && mStore.lengthOfPart(mVersion.names().get(file)) == file.sizeBytes()) {
+            try (ModelWriter writer = write(file)) {
+                writer.commit();
+            }
+        }
+    }
+
+    void setThere(String name, boolean there) {
+        if (there) {
+            mThere.add(name);
+        } else {
+            mThere.remove(name);
+        }
+    }
+}

@@ -1,0 +1,115 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import static org.junit.jupiter.api.Assertions.*;
+
+import java.io.File;
+import java.io.IOException;
+import java.nio.file.*;
+import java.security.MessageDigest;
+import java.util.*;
+
+/** Versions to fill stores with. Of each, the first two files are its own. */
+final class Samples {
+    static final Capability CAPABILITY = Capability.FACE_TRACKING;
+    static final int SIZE = 1000;
+    static final long VERSION_SIZE = 4 * SIZE;
+    /** What two versions have together. */
+    static final long TWO_VERSIONS = 6 * SIZE;
+
+    private Samples() {}
+
+    static byte[] bytes(String type, int version) {
+        boolean isShared = CAPABILITY.types().indexOf(type) >= 2;
+        byte[] bytes = new byte[SIZE];
+        new Random(31L * type.hashCode() + (isShared ? 0 : version)).nextBytes(bytes);
+        return bytes;
+    }
+
+    static ModelFile file(String type, byte[] bytes) {
+        try {
+            MessageDigest digest = MessageDigest.getInstance("SHA-256");
+            digest.update(bytes);
+            return new ModelFile(type, bytes.length, Digests.toHex(digest));
+        } catch (Exception impossible) {
+            throw new AssertionError(impossible);
+        }
+    }
+
+    static List<ModelFile> files(int version) {
+        List<ModelFile> files = new ArrayList<>();
+        for (String type : CAPABILITY.types()) {
+            files.add(file(type, bytes(type, version)));
+        }
+        return files;
+    }
+
+    static void download(Update update, ModelFile file, int version) throws IOException {
+        try (ModelWriter out = update.write(file)) {
+            int offset = (int) out.offset();
+            out.write(bytes(file.type(), version), offset, SIZE - offset);
+            out.commit();
+        }
+    }
+
+    static void update(ModelStore store, int version) throws IOException {
+        try (Update update = store.begin(version, files(version))) {
+            for (ModelFile file : update.missing()) {
+                download(update, file, version);
+            }
+            update.activate();
+        }
+    }
+
+    static ModelStore open(File root) throws IOException {
+        return ModelStore.open(root, CAPABILITY, 3 * VERSION_SIZE);
+    }
+
+    /** The version is active, its files are there, and no complete version has a wrong byte. */
+    static void assertActive(Integer version, ModelStore store) throws IOException {
+        assertEquals(version, store.activeVersion());
+        assertEquals(version == null ? Collections.emptySet() : new HashSet<>(CAPABILITY.types()),
+                store.paths().keySet());
+        for (Map.Entry<String, String> path : store.paths().entrySet()) {
+            assertArrayEquals(bytes(path.getKey(), version),
+                    Files.readAllBytes(new File(path.getValue()).toPath()));
+        }
+        assertEquals(Collections.emptyList(), store.verify());
+    }
+
+    /** A root in which version 2 is active, and 1 is complete. */
+    static void fill(Path root) throws IOException {
+        try (ModelStore store = open(root.toFile())) {
+            update(store, 1);
+            update(store, 2);
+        }
+    }
+
+    static void copy(Path from, Path to) throws IOException {
+        Files.createDirectories(to);
+        try (DirectoryStream<Path> files = Files.newDirectoryStream(from)) {
+            for (Path file : files) {
+                if (Files.isDirectory(file)) {
+                    copy(file, to.resolve(file.getFileName()));
+                } else {
+                    Files.copy(file, to.resolve(file.getFileName()),
+                            StandardCopyOption.REPLACE_EXISTING);
+                }
+            }
+        }
+    }
+
+    /** What soft errors say while this is open. */
+    static final class Told implements AutoCloseable {
+        final List<String> messages = Collections.synchronizedList(new ArrayList<>());
+
+        Told() {
+            SoftErrors.setListener((file, function, line, severity, category, message) ->
+                    messages.add(message));
+        }
+
+        @Override
+        public void close() {
+            SoftErrors.setListener(null);
+        }
+    }
+}
