@@ -6,7 +6,7 @@ import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 
-/** {@code Demo first|later FOLDER FILE...}: a first run of an app, or a later one. */
+/** {@code Demo first|later FOLDER FILE...}: the run of an app that is killed, or a later one. */
 public final class Demo {
     private Demo() {}
 
@@ -14,13 +14,13 @@ public final class Demo {
         Path folder = Paths.get(arguments[1]);
         List<File> files = new ArrayList<>();
         Arrays.stream(arguments).skip(2).map(File::new).forEach(files::add);
-        ModelLife life = new ModelLife(folder, files);
+        StoreLife life = new StoreLife(folder, files);
         try {
             if (arguments[0].equals("first")) {
-                new FileCacheTour(folder, files.subList(0, Math.min(3, files.size()))).run();
                 life.firstRun();
             } else {
                 life.laterRun();
+                new FileCacheTour(folder, files.subList(0, Math.min(3, files.size()))).run();
             }
         } catch (IOException exception) {
             System.err.println("the demo cannot go on: " + exception);

@@ -10,7 +10,7 @@ import java.nio.file.StandardCopyOption;
 import java.util.List;
 import java.util.Map;
 
-/** Takes files through every operation of the file cache. */
+/** Takes files through every operation of the raw file cache. */
 final class FileCacheTour {
     private final Path mRoot;
     private final List<File> mFiles;
@@ -22,7 +22,7 @@ final class FileCacheTour {
 
     void run() throws IOException, InterruptedException {
         long budget = mFiles.stream().mapToLong(File::length).sum();
-        Show.chapter("The file cache, with a budget of " + budget + " bytes");
+        Show.chapter("The raw file cache, with a budget of " + budget + " bytes");
         try (FileCacheBasicImpl cache = new FileCacheBasicImpl(mRoot.toString(), budget)) {
             for (int i = 0; i < mFiles.size(); ++i) {
                 Show.step("Put " + mFiles.get(i).getName() + " in");
@@ -70,8 +70,10 @@ final class FileCacheTour {
         Show.call("updateExtra(\"" + key + "\", " + extra.length + " bytes)",
                 cache.updateExtra(key, extra));
         for (Map.Entry<String, ARDFileResourceMeta> meta : cache.getAllMetas()) {
-            Show.call("getAllMetas()", meta.getKey() + ": "
-                    + StandardCharsets.UTF_8.decode(meta.getValue().getExtra()));
+            try (ARDFileResourceMeta open = meta.getValue()) { // It holds native memory.
+                Show.call("getAllMetas()", meta.getKey() + ": "
+                        + StandardCharsets.UTF_8.decode(open.getExtra()));
+            }
         }
     }
 

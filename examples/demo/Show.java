@@ -6,11 +6,14 @@ import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.Collections;
 import java.util.List;
+import java.util.regex.Pattern;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 
 /** Prints what happens, and what lies on disk. */
 final class Show {
+    private static final Pattern DIGEST = Pattern.compile("([0-9a-f]{8})[0-9a-f]{56}");
+
     private static int sStep;
 
     private Show() {}
@@ -27,16 +30,16 @@ final class Show {
 
     /** One call and its result. */
     static void call(String call, Object result) {
-        System.out.println("   " + call + " -> " + result);
+        note(call + " -> " + result);
     }
 
     static void note(String text) {
-        System.out.println("   " + text);
+        System.out.println("   " + DIGEST.matcher(text).replaceAll("$1..."));
     }
 
     /** The part of a path that lies below the demo's folder. */
     static String below(Path folder, String path) {
-        return path.isEmpty() ? "\"\"" : folder.relativize(new File(path).toPath()).toString();
+        return folder.toAbsolutePath().relativize(new File(path).toPath()).toString();
     }
 
     static void tree(Path folder) throws IOException {
