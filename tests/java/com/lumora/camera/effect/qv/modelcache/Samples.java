@@ -9,16 +9,16 @@ import java.security.MessageDigest;
 import java.util.*;
 
 /** Versions to fill stores with. Of each, the first two files are its own. */
-final class Samples {
+public final class Samples {
     static final Capability CAPABILITY = Capability.FACE_TRACKING;
-    static final int SIZE = 1000;
+    public static final int SIZE = 1000;
     static final long VERSION_SIZE = 4 * SIZE;
     /** What two versions have together. */
     static final long TWO_VERSIONS = 6 * SIZE;
 
     private Samples() {}
 
-    static byte[] bytes(String type, int version) {
+    public static byte[] bytes(String type, int version) {
         boolean isShared = CAPABILITY.types().indexOf(type) >= 2;
         byte[] bytes = new byte[SIZE];
         new Random(31L * type.hashCode() + (isShared ? 0 : version)).nextBytes(bytes);
@@ -35,7 +35,7 @@ final class Samples {
         }
     }
 
-    static List<ModelFile> files(int version) {
+    public static List<ModelFile> files(int version) {
         List<ModelFile> files = new ArrayList<>();
         for (String type : CAPABILITY.types()) {
             files.add(file(type, bytes(type, version)));
