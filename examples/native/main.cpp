@@ -2,6 +2,9 @@
 // models, in a cache below ROOT, and prints where they lie. Without files, what an earlier run
 // kept.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
@@ -11,7 +14,9 @@
 #include <string>
 
 #include "delivery/FileCache/createFileCache.h"
+#include "delivery/FileCache/recoverMetadata.h"
 #include "delivery/ModelCache/SegmentationModelCache.h"
+#include "delivery/Storage/FileIO.h"
 #include "platform/softerror/softerror.h"
 
 namespace {
@@ -26,6 +31,16 @@ void logSoftError(const softerror::Report& report) {
   std::cerr << "model_host: " << report.category << ": " << report.message << '\n';
 }
 
+/// Returns once what is at the path would outlast a power cut.
+bool sync(const fs::path& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool synced = file >= 0 && ::fsync(file) == 0;
+  if (file >= 0) {
+    ::close(file);
+  }
+  return synced;
+}
+
 /// Copies a file into the cache. Operations never throw, but a failed one returns null.
 bool keep(IFileCache& files, const std::string& key, const fs::path& file) {
   if (files.getCacheEntry(key)) {
@@ -35,11 +50,20 @@ bool keep(IFileCache& files, const std::string& key, const fs::path& file) {
   if (!entry) {
     return false;
   }
-  fs::copy_file(file, entry->path, fs::copy_options::overwrite_existing);
-  files.getCacheEntry(key);  // The newest file now: commit evicts the oldest.
+  // Whatever lies at the entry's path is an entry, half a file too: written beside, then renamed.
+  const fs::path target = entry->path;
+  const fs::path part = target.parent_path() / ".part";
+  fs::copy_file(file, part, fs::copy_options::overwrite_existing);
+  if (!sync(part)) {
+    return false;
+  }
+  FileIO().moveFile(part.string(), target.string());
+  if (!sync(target.parent_path()) || !files.getCacheEntry(key)) {  // The newest: others go first.
+    return false;
+  }
   files.commit(key);
   files.unlock(key);
-  return true;
+  return files.getCacheEntryWithoutPromotion(key) != nullptr;  // There was room for it.
 }
 
 void addModel(IFileCache& files, SegmentationModelCache& models, int version,
@@ -51,7 +75,10 @@ void addModel(IFileCache& files, SegmentationModelCache& models, int version,
 }
 
 int run(const fs::path& root, int version, int count, char** names) {
-  fs::create_directories(root);  // The cache expects its root to be there.
+  fs::create_directories(root);  // createFileCache does not.
+  if (recoverMetadata(root.string()) == MetadataRecovery::SetAside) {
+    std::cerr << "model_host: the cache's records were damaged; its files are adopted again\n";
+  }
   const std::shared_ptr<IFileCache> files = createFileCache(root.string(), kBudget);
   SegmentationModelCache models(files);
   if (count >= 2) {

@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "delivery/FileCache/createFileCache.h"
+#include "delivery/FileCache/recoverMetadata.h"
+#include "delivery/Storage/FileIO.h"
+#include "delivery/Storage/FilesystemOperations.h"
 #include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 
@@ -105,6 +108,42 @@ TEST_F(FileCacheOnDisk, answersNeutrallyWithOneReportEachWhenItCannotReload) {
   EXPECT_EQ("kept", root_.read("damaged/k"));
   EXPECT_EQ("kept", root_.read("linked/k"));
   EXPECT_EQ("1", root_.read("file"));
+}
+
+/// Storage in which a cache is at work: it replaces a file just before it is renamed.
+struct BusyFileIO : IFileIO {
+  std::string readFile(const std::string& path) override { return real.readFile(path); }
+  void writeFile(const std::string&, const std::string&) override {}
+  void moveFile(const std::string& from, const std::string& to) override {
+    real.writeFile(from, written);
+    real.moveFile(from, to);
+  }
+  FileIO real;
+  std::string written = R"({"entries":[]})";
+};
+
+TEST_F(FileCacheOnDisk, onlyMetadataThatCannotBeReadIsSetAside) {
+  using Is = MetadataRecovery;
+  const std::string file = root_ / "metadata.json";
+  EXPECT_EQ(Is::NothingToMend, recoverMetadata(root_.path()));
+  root_.write("metadata.json", "{");
+  BusyFileIO busy;
+  FilesystemOperations filesystem;
+  EXPECT_EQ(Is::NothingToMend, recoverMetadata(root_.path(), busy, filesystem));
+  EXPECT_EQ(busy.written, metadata());
+  EXPECT_FALSE(root_.has(".metadata.json.damaged"));
+  EXPECT_EQ(Is::NothingToMend, recoverMetadata(root_.path()));
+  std::filesystem::remove(file);
+  for (const char* inFolder : {"metadata.json/a", "metadata.json", "metadata.json/b"}) {
+    root_.write(inFolder, "{");
+    EXPECT_EQ(Is::SetAside, recoverMetadata(root_.path())) << inFolder;
+    EXPECT_EQ(0, cache_->getSize());
+    std::filesystem::remove(file);
+  }
+  EXPECT_TRUE(root_.has(".metadata.json.damaged/b"));
+  std::filesystem::create_symlink("/proc/self/mem", file);
+  EXPECT_THROW(recoverMetadata(root_.path()), std::runtime_error) << "it may be a good one";
+  EXPECT_TRUE(root_.has("metadata.json"));
 }
 
 }  // namespace

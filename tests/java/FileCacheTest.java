@@ -125,6 +125,8 @@ class FileCacheTest extends CacheFixture {
         assertFalse(mCache.recoverMetadata());
         assertEquals(isThere, Files.exists(mRoot.resolve(".metadata.json.damaged")));
         assertEquals(isThere ? 5 : 0, mCache.getSize());
+        mCache.close();
+        assertThrows(NullPointerException.class, mCache::recoverMetadata);
     }
 
     @ParameterizedTest

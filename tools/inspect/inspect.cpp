@@ -14,6 +14,7 @@
 #include "delivery/FileCache/CacheMetadata.h"
 #include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
 #include "delivery/FileCache/CacheMetadataSerializer.h"
+#include "delivery/FileCache/recoverMetadata.h"
 #include "delivery/ModelCache/VersionedModelCacheImpl.h"
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"
@@ -24,8 +25,6 @@ namespace zentrel::vistabase::ardelivery::inspect {
 namespace {
 
 namespace fs = boost::filesystem;
-
-constexpr const char* kDamagedName = ".metadata.json.damaged";
 
 /// Without a trace of a cache, a folder is more likely one that was named by mistake. An empty one
 /// is a cache that nobody has used yet.
@@ -39,7 +38,7 @@ void requireCache(const fs::path& root, bool force) {
     throw std::runtime_error(quoted + " is no folder; name the one that holds metadata.json");
   }
   const auto names = filesystem.listDirectory(root);
-  const bool hasTrace = names.count(kMetadataName) != 0 || names.count(kDamagedName) != 0 ||
+  const bool hasTrace = names.count(kMetadataName) != 0 || names.count(kDamagedMetadataName) != 0 ||
                         names.count(kExtraName) != 0 ||
                         names.count(VersionedModelCacheImpl::kIndexKey) != 0;
   if (!force && !hasTrace && !names.empty()) {
@@ -235,13 +234,9 @@ Report inspect(const std::string& root, std::optional<std::int64_t> budget, bool
 std::string recover(const std::string& root, bool force) {
   const fs::path path(root);
   requireCache(path, force);
-  std::unique_ptr<ICacheMetadata> ignored;
-  if (!readMetadata(path, ignored).damage) {
-    return {};
-  }
-  std::string aside = (path / kDamagedName).string();
-  FileIO().moveFile((path / kMetadataName).string(), aside);
-  return aside;
+  return recoverMetadata(root) == MetadataRecovery::SetAside
+             ? (path / kDamagedMetadataName).string()
+             : std::string();
 }
 
 }  // namespace zentrel::vistabase::ardelivery::inspect
