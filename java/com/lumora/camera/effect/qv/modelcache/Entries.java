@@ -18,10 +18,13 @@ final class Entries {
     private static final String METADATA = "metadata.json";
     private static final String EXTRA = "extra";
 
-    /** How the names begin under which entries are written. */
+    // How the names begin of what is on its way to become an entry, or what belongs to one.
     private static final String PART = ".part-";
+    private static final String NEW = ".new-";
+    private static final String NEW_EXTRA = ".new-extra-";
+    private static final String OLD_EXTRA = ".old-extra-";
 
-    private static final int LONGEST_NAME = 255 - PART.length();
+    private static final int LONGEST_NAME = 255 - OLD_EXTRA.length();
     private static final long SECOND = 1000;
 
     private final File mRoot;
@@ -80,11 +83,33 @@ final class Entries {
         return size(all());
     }
 
-    /** Makes a part the entry. */
+    /**
+     * Makes a part the entry, in place of an earlier one and of its extra bytes. If it throws, either
+     * the earlier one is there with its extra bytes or, when only the last sync failed, the new one.
+     */
     void place(String name) throws IOException {
-        mDisk.rename(part(name), file(name));
+        File extra = new File(mExtras, name);
+        File aside = file(OLD_EXTRA + name);
+        boolean hadExtra = extra.exists();
+        if (hadExtra) {
+            mDisk.syncFolder(mRoot); // As long as there is the part, what is aside belongs back.
+            mDisk.rename(extra, aside);
+            mDisk.syncFolder(mExtras);
+        }
+        boolean placed = false;
+        try {
+            mDisk.rename(part(name), file(name));
+            placed = true;
+        } finally {
+            if (hadExtra && !placed) {
+                mDisk.rename(aside, extra);
+            }
+        }
         mDisk.syncFolder(mRoot);
         touch(name);
+        if (hadExtra) {
+            mDisk.delete(aside);
+        }
     }
 
     /** Undoes {@link #place} of an entry that was not there before. */
@@ -141,18 +166,34 @@ final class Entries {
         }
     }
 
-    /** Deletes what was begun and not ended, but for the parts of these names. */
-    void dropParts(Set<String> kept) throws IOException {
-        for (String name : names()) {
-            if (name.startsWith(PART) && !kept.contains(name.substring(PART.length()))) {
-                mDisk.delete(file(name));
+    /**
+     * Ends what was begun and not ended: deletes it, or takes it back.
+     *
+     * @param kept the names of entries whose parts stay
+     */
+    void dropUnfinished(Set<String> kept) throws IOException {
+        for (String each : names()) {
+            if (each.startsWith(OLD_EXTRA)) {
+                String name = each.substring(OLD_EXTRA.length());
+                if (part(name).exists()) {
+                    mDisk.rename(file(each), new File(mExtras, name));
+                    mDisk.syncFolder(mExtras);
+                } else {
+                    mDisk.delete(file(each));
+                }
+            }
+        }
+        for (String each : names()) {
+            if (each.startsWith(NEW)
+                    || each.startsWith(PART) && !kept.contains(each.substring(PART.length()))) {
+                mDisk.delete(file(each));
             }
         }
     }
 
     /** The extra bytes of an entry, or null if it has none. */
     byte[] extra(String name) throws IOException {
-        return VersionTable.bytesOf(new File(mExtras, name));
+        return Disk.bytesOf(new File(mExtras, name));
     }
 
     void replaceExtra(String name, byte[] bytes) throws IOException {
@@ -161,12 +202,12 @@ final class Entries {
             SoftErrors.report("replaceExtra", "deleted " + mExtras + ", which was no folder");
         }
         mDisk.createFolder(mExtras);
-        mDisk.replace(new File(mExtras, name), bytes, part(name));
+        mDisk.replace(new File(mExtras, name), bytes, file(NEW_EXTRA + name));
     }
 
     /** Has these bytes take the place of a file that is no entry. */
     void replaceOwn(String name, byte[] bytes) throws IOException {
-        mDisk.replace(file(name), bytes, part(name));
+        mDisk.replace(file(name), bytes, file(NEW + name));
     }
 
     private String[] names() throws IOException {

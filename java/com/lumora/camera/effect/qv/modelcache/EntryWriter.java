@@ -29,6 +29,7 @@ public class EntryWriter extends OutputStream {
     /** Fails as soon as the whole budget is exceeded. */
     @Override
     public synchronized void write(byte[] bytes, int offset, int length) throws IOException {
+        requireWithin(bytes, offset, length);
         requireOpen();
         if (length > mStore.maxSizeBytes() - mSize) {
             throw new IOException("more than the whole budget of " + mStore.maxSizeBytes()
@@ -39,14 +40,17 @@ public class EntryWriter extends OutputStream {
 
     /**
      * Makes what was written the entry, in place of an earlier one and of its extra bytes, and closes
-     * the writer. Once this returns, the entry outlasts a power cut; if it throws, what was there
-     * before is there.
+     * the writer. Once this returns, the entry outlasts a power cut. If it throws, what was there
+     * before is there or, when only the last sync failed, the new entry.
      */
     public synchronized void commit() throws IOException {
         requireOpen();
         try {
             check();
             mStore.disk().sync(mOut);
+            if (mPart.length() != mSize) {
+                throw new IOException(mPart + " was changed by somebody else");
+            }
             place();
         } finally {
             close();
@@ -91,9 +95,25 @@ public class EntryWriter extends OutputStream {
         return mSize;
     }
 
+    /** Of what fails, nobody knows how much was written: nothing more can be, then. */
     final void append(byte[] bytes, int offset, int length) throws IOException {
-        mOut.write(bytes, offset, length);
+        boolean written = false;
+        try {
+            mOut.write(bytes, offset, length);
+            written = true;
+        } finally {
+            if (!written) {
+                close();
+            }
+        }
         mSize += length;
+    }
+
+    static void requireWithin(byte[] bytes, int offset, int length) {
+        if ((offset | length) < 0 || length > bytes.length - offset) {
+            throw new IndexOutOfBoundsException(
+                    offset + " and " + length + " of " + bytes.length + " bytes");
+        }
     }
 
     /** Opens the part, which keeps so many bytes: all that it has, or none. */

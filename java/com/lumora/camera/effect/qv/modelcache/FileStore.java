@@ -3,14 +3,9 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.Closeable;
 import java.io.File;
 import java.io.IOException;
-import java.io.InterruptedIOException;
 import java.util.Collections;
 import java.util.HashMap;
 import java.util.Map;
-import java.util.concurrent.Callable;
-import java.util.concurrent.ConcurrentHashMap;
-import java.util.concurrent.ExecutionException;
-import java.util.concurrent.FutureTask;
 import java.util.concurrent.locks.ReentrantLock;
 
 /**
@@ -35,13 +30,14 @@ public final class FileStore implements Closeable {
     /** The entries that are being written, by name. */
     private final Map<String, EntryWriter> mWriters = new HashMap<>();
 
-    private final ConcurrentHashMap<String, Flight> mFlights = new ConcurrentHashMap<>();
+    private final Flights mFlights = new Flights(this);
     private final Object mClosing = new Object();
     private volatile boolean mClosed;
     private NativeCache mNatives; // made when it is first needed
 
     /**
-     * Opens the store of a directory, which is created if it is missing.
+     * Opens the store of a directory, which is created if it is missing. It is to be one of its own:
+     * the files of a {@link ModelStore} would be entries like others.
      *
      * @param maxSizeBytes the budget of all entries together
      * @throws IOException if another store has the root; the message says which
@@ -55,7 +51,7 @@ public final class FileStore implements Closeable {
         disk.createFolder(absolute);
         FileStore store = new FileStore(absolute, maxSizeBytes, disk, new RootLock(absolute));
         try {
-            store.mEntries.dropParts(Collections.<String>emptySet());
+            store.mEntries.dropUnfinished(Collections.<String>emptySet());
             store.natives().reload();
         } catch (IOException failure) { // of a read-only disk, say, of which entries can be got
             SoftErrors.report("open", failure.toString());
@@ -109,17 +105,7 @@ public final class FileStore implements Closeable {
         if (file != null) {
             return file;
         }
-        Flight flight = new Flight(this, key, fetcher);
-        Flight other = mFlights.putIfAbsent(key, flight);
-        if (other != null) {
-            return other.result();
-        }
-        try {
-            flight.run();
-        } finally {
-            mFlights.remove(key);
-        }
-        return flight.result();
+        return mFlights.fetch(key, fetcher);
     }
 
     /** Deletes an entry and its extra bytes; false if there was none. */
@@ -127,7 +113,7 @@ public final class FileStore implements Closeable {
         String name = Entries.nameOf(key);
         enter();
         try {
-            requireForWriting();
+            lockForWriting();
             if (!mEntries.has(name)) {
                 return false;
             }
@@ -161,7 +147,7 @@ public final class FileStore implements Closeable {
         String name = Entries.nameOf(key);
         enter();
         try {
-            requireForWriting();
+            lockForWriting();
             if (!mEntries.has(name)) {
                 return false;
             }
@@ -231,8 +217,9 @@ public final class FileStore implements Closeable {
         }
     }
 
-    void requireForWriting() throws IOException {
-        mRootLock.requireForWriting();
+    /** Whether the root has become writable only now, and may look otherwise than it did. */
+    boolean lockForWriting() throws IOException {
+        return mRootLock.lockForWriting();
     }
 
     long maxSizeBytes() {
@@ -265,7 +252,7 @@ public final class FileStore implements Closeable {
 
     /** To be asked, under the lock, before a writer is made. */
     void requireUnwritten(String name) throws IOException {
-        requireForWriting();
+        lockForWriting();
         if (mWriters.containsKey(name)) {
             throw new IllegalStateException("is being written already: " + name);
         }
@@ -304,51 +291,8 @@ public final class FileStore implements Closeable {
 
     /** Makes what was written the entry, for which there is room. */
     void place(String name) throws IOException {
-        natives().insert(name); // first, for it drops the extra bytes: they are of what was there
+        natives().require(name);
         mEntries.place(name);
         natives().adopt(name);
-    }
-
-    private File fetch(String key, Fetcher fetcher) throws IOException {
-        File landed = get(key); // before this flight took off
-        if (landed != null) {
-            return landed;
-        }
-        try (EntryWriter out = write(key)) {
-            fetcher.fetch(key, out);
-            out.commit();
-        }
-        return get(key);
-    }
-
-    /** The fetching of one entry. */
-    private static final class Flight extends FutureTask<File> {
-        private final Thread mThread = Thread.currentThread();
-
-        Flight(final FileStore store, final String key, final Fetcher fetcher) {
-            super(new Callable<File>() {
-                @Override
-                public File call() throws IOException {
-                    return store.fetch(key, fetcher);
-                }
-            });
-        }
-
-        File result() throws IOException {
-            if (mThread == Thread.currentThread() && !isDone()) {
-                throw new IllegalStateException("a fetcher asks for the entry that it fetches");
-            }
-            try {
-                return get();
-            } catch (InterruptedException interruption) {
-                Thread.currentThread().interrupt();
-                throw new InterruptedIOException("interrupted while another thread fetches");
-            } catch (ExecutionException failure) {
-                if (failure.getCause() instanceof IOException) {
-                    throw new IOException(failure.getCause().getMessage(), failure.getCause());
-                }
-                throw new IllegalStateException("the fetcher failed", failure.getCause());
-            }
-        }
     }
 }

@@ -19,7 +19,6 @@ final class ModelStoreImpl {
 
     // To be used under the lock of the file store alone.
     private final Versions mVersions;
-    private final Set<String> mDamaged = new HashSet<>(); // names of entries with wrong bytes
     private Update mUpdate;
 
     ModelStoreImpl(ModelStore store, FileStore files, Capability capability) throws IOException {
@@ -45,14 +44,14 @@ final class ModelStoreImpl {
                 throw new IllegalStateException("an update to version "
                         + mUpdate.version().number() + " is running");
             }
-            mFiles.requireForWriting();
+            lockForWriting();
             update = newUpdate(version, ordered);
             requireBudget(update.version());
             Map<String, ModelFile> missing = update.missingByName();
-            mEntries.dropParts(missing.keySet());
+            mEntries.dropUnfinished(missing.keySet());
             long bytes = 0;
-            for (ModelFile file : missing.values()) {
-                bytes += file.sizeBytes();
+            for (Map.Entry<String, ModelFile> file : missing.entrySet()) {
+                bytes += file.getValue().sizeBytes() - mEntries.file(file.getKey()).length();
             }
             mVersions.makeRoom(bytes, kept(update));
             mUpdate = update;
@@ -67,7 +66,7 @@ final class ModelStoreImpl {
     void activate(int version) throws IOException {
         enter();
         try {
-            VersionTable.Version found = mVersions.table().find(version);
+            Version found = mVersions.table().find(version);
             if (found == null) {
                 throw new IllegalArgumentException("no complete version: " + version);
             }
@@ -86,15 +85,15 @@ final class ModelStoreImpl {
         }
         enter();
         try {
-            mFiles.requireForWriting();
+            lockForWriting();
             VersionTable table = mVersions.table();
-            List<VersionTable.Version> gone = new ArrayList<>();
-            for (VersionTable.Version version : table.versions()) {
+            List<Version> gone = new ArrayList<>();
+            for (Version version : table.versions()) {
                 if (version != table.active() && !numbers.contains(version.number())) {
                     gone.add(version);
                 }
             }
-            mEntries.dropParts(mUpdate == null ? Collections.<String>emptySet()
+            mEntries.dropUnfinished(mUpdate == null ? Collections.<String>emptySet()
                     : mUpdate.missingByName().keySet());
             if (!gone.isEmpty() && gone.size() < table.versions().size()) {
                 mVersions.remove(gone, kept(mUpdate));
@@ -119,9 +118,13 @@ final class ModelStoreImpl {
             // Once more: some may have been deleted in the meantime, and got anew.
             suspects.keySet().retainAll(mVersions.table().names());
             Map<String, ModelFile> damaged = notMatching(suspects);
-            mDamaged.addAll(damaged.keySet());
+            mVersions.setDamaged(damaged.keySet());
+            for (String name : mUpdate == null ? Collections.<String>emptySet() : damaged.keySet()) {
+                mUpdate.setThere(name, false);
+            }
             return new ArrayList<>(damaged.values());
         } finally {
+            publish();
             leave();
         }
     }
@@ -168,7 +171,9 @@ final class ModelStoreImpl {
             String name = writer.mName;
             mVersions.makeRoom(writer.size() - mEntries.file(name).length(), kept(update));
             mFiles.place(name);
-            mDamaged.remove(name);
+            Set<String> damaged = new HashSet<>(mVersions.table().damaged());
+            damaged.remove(name);
+            mVersions.setDamaged(damaged);
             update.setThere(name, true);
             recordIfComplete(update, name);
         } finally {
@@ -177,11 +182,18 @@ final class ModelStoreImpl {
         }
     }
 
+    private void lockForWriting() throws IOException {
+        if (mFiles.lockForWriting()) {
+            mVersions.read();
+        }
+    }
+
     /** Under the lock. */
-    void activate(VersionTable.Version version) throws IOException {
-        mFiles.requireForWriting();
-        if (!version.isWhole(mFiles.root())) {
-            throw new IOException("version " + version.number() + " has lost files");
+    void activate(Version version) throws IOException {
+        lockForWriting();
+        if (!version.isWhole(mFiles.root(), mCapability)
+                || !Collections.disjoint(version.names().values(), mVersions.table().damaged())) {
+            throw new IOException("version " + version.number() + " has lost or damaged files");
         }
         mVersions.put(version, true);
         publish();
@@ -208,7 +220,7 @@ final class ModelStoreImpl {
     private List<ModelFile> inOrder(List<ModelFile> files) {
         Map<String, ModelFile> byType = new HashMap<>();
         for (ModelFile file : files) {
-            if (!mCapability.types().contains(file.type())) {
+            if (file == null || !mCapability.types().contains(file.type())) {
                 throw new IllegalArgumentException("not a type of " + mCapability + ": " + file);
             }
             if (byType.put(file.type(), file) != null) {
@@ -226,30 +238,35 @@ final class ModelStoreImpl {
     }
 
     private Update newUpdate(int number, List<ModelFile> files) throws IOException {
-        Map<String, String> namesByDigest = new HashMap<>();
+        Map<String, ModelFile> byDigest = new HashMap<>();
         Map<ModelFile, String> names = new LinkedHashMap<>();
-        Update update = new Update(this, new VersionTable.Version(number, names));
+        Update update = new Update(this, new Version(number, names));
         for (ModelFile file : files) {
-            String name = namesByDigest.get(file.sha256());
-            if (name == null) {
+            ModelFile same = byDigest.get(file.sha256());
+            if (same == null) {
                 String known = mVersions.table().nameOf(file.sha256());
-                name = known != null ? known : file.sha256() + "-" + file.type();
+                String name = known != null ? known : file.sha256() + "-" + file.type();
+                names.put(file, name);
                 update.setThere(name, isThere(file, name, known != null));
-                namesByDigest.put(file.sha256(), name);
+                byDigest.put(file.sha256(), file);
+            } else if (same.sizeBytes() == file.sizeBytes()) {
+                names.put(file, names.get(same));
+            } else {
+                throw new IllegalArgumentException("two sizes of one digest: " + file);
             }
-            names.put(file, name);
         }
         return update;
     }
 
     /** A file of no version may have been left by an update that was killed, or by anybody. */
     private boolean isThere(ModelFile file, String name, boolean isKnown) throws IOException {
-        return mEntries.isFileOf(name, file.sizeBytes()) && !mDamaged.contains(name)
-                && (isKnown || Digests.matches(file, mEntries.file(name)));
+        boolean isTrusted = isKnown && !mVersions.table().damaged().contains(name);
+        return mEntries.isFileOf(name, file.sizeBytes())
+                && (isTrusted || Digests.matches(file, mEntries.file(name)));
     }
 
-    private void requireBudget(VersionTable.Version version) throws IOException {
-        VersionTable.Version active = mVersions.table().active();
+    private void requireBudget(Version version) throws IOException {
+        Version active = mVersions.table().active();
         Map<String, Long> sizes = new HashMap<>();
         long alone = addSizes(version, sizes);
         long together = active == null ? alone : addSizes(active, sizes);
@@ -261,7 +278,7 @@ final class ModelStoreImpl {
     }
 
     /** Adds a version's files and returns the sum of all. */
-    private static long addSizes(VersionTable.Version version, Map<String, Long> sizes) {
+    private static long addSizes(Version version, Map<String, Long> sizes) {
         for (Map.Entry<ModelFile, String> file : version.names().entrySet()) {
             sizes.put(file.getValue(), file.getKey().sizeBytes());
         }
@@ -274,7 +291,7 @@ final class ModelStoreImpl {
 
     /** Once all files are there, the version is one of the store's, unless it replaces another. */
     private void recordIfComplete(Update update, String lastName) throws IOException {
-        VersionTable.Version version = update.version();
+        Version version = update.version();
         if (!update.isComplete() || mVersions.table().find(version.number()) != null) {
             return;
         }
@@ -293,7 +310,7 @@ final class ModelStoreImpl {
     /** The names of entries that room must not be made of. */
     private Set<String> kept(Update update) {
         Set<String> kept = new HashSet<>();
-        VersionTable.Version active = mVersions.table().active();
+        Version active = mVersions.table().active();
         if (active != null) {
             kept.addAll(active.names().values());
         }

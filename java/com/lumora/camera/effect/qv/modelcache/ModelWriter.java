@@ -36,6 +36,7 @@ public final class ModelWriter extends EntryWriter {
 
     @Override
     public synchronized void write(byte[] bytes, int offset, int length) throws IOException {
+        requireWithin(bytes, offset, length);
         requireOpen();
         // What is too much is counted for the commit to refuse, and takes no room.
         append(bytes, offset, (int) Math.min(length, mFile.sizeBytes() - size()));

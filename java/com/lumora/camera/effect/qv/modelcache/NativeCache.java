@@ -12,13 +12,13 @@ import java.util.Map;
 
 /**
  * The records that the native caches keep of a store's root. They tell other readers of the root
- * what is there; the store itself does not depend on them, so that only {@link #insert}, which comes
+ * what is there; the store itself does not depend on them, so that only {@link #require}, which comes
  * before anything is changed, fails over them. What fails later has been reported, and leaves them
  * to be written anew. Nothing native is loaded before it is needed. One thread at a time.
  */
 final class NativeCache implements Closeable {
 
-    private enum Step { RELOAD, INSERT, ADOPT, REMOVE }
+    private enum Step { RELOAD, ADOPT, REMOVE }
 
     private final File mRoot;
     private FileCacheBasicImpl mFiles;
@@ -43,9 +43,9 @@ final class NativeCache implements Closeable {
         run(Step.RELOAD, null);
     }
 
-    /** Before a file becomes an entry: drops the extra bytes of the one that was there. */
-    void insert(String name) throws IOException {
-        String failure = failureOf(Step.INSERT, name);
+    /** Throws what keeps the records from following, if anything does. */
+    void require(String name) throws IOException {
+        String failure = failureOf(Step.RELOAD, null);
         if (failure != null) {
             throw new IOException(failure + ": " + new File(mRoot, name));
         }
@@ -61,13 +61,13 @@ final class NativeCache implements Closeable {
      *
      * @param added the only version that the index does not have yet; null if that is not known
      */
-    void index(Capability capability, VersionTable table, VersionTable.Version added) {
+    void index(Capability capability, VersionTable table, Version added) {
         boolean isAnew = added == null || !mCurrent;
         mCurrent = true;
         run(isAnew ? Step.REMOVE : Step.RELOAD, Entries.INDEX);
         SoftErrors.Capture capture = SoftErrors.capture();
         try {
-            for (VersionTable.Version version
+            for (Version version
                     : isAnew ? table.versions() : Collections.singletonList(added)) {
                 record(capability, version);
             }
@@ -86,7 +86,7 @@ final class NativeCache implements Closeable {
         }
     }
 
-    private void record(Capability capability, VersionTable.Version version) {
+    private void record(Capability capability, Version version) {
         // Made for each version: one that could not write the index would go on from its own.
         try (HybridClassBase models = capability == Capability.FACE_TRACKING
                 ? new FacetrackerModelCache(mFiles) : new SegmentationModelCache(mFiles)) {
@@ -129,9 +129,6 @@ final class NativeCache implements Closeable {
 
     private void call(Step step, String name) {
         switch (step) {
-            case INSERT:
-                mFiles.insertAndLock(name);
-                break;
             case ADOPT:
                 mFiles.getCacheEntry(name); // which dates its last use
                 mFiles.commit(name);

@@ -48,15 +48,21 @@ final class RootLock implements Closeable {
         }
     }
 
-    /** To be called before anything is changed: on a read-only disk, a root can be opened unlocked. */
-    void requireForWriting() throws IOException {
-        if (mWhyNotForWriting != null) {
-            closeFile();
-            lock();
-            if (mWhyNotForWriting != null) {
-                throw new IOException(mRoot + " cannot be written to", mWhyNotForWriting);
-            }
+    /**
+     * To be called before anything is changed: on a read-only disk, a root can be opened unlocked.
+     *
+     * @return whether it has been locked only now, so that others may have changed what is in it
+     */
+    boolean lockForWriting() throws IOException {
+        if (mWhyNotForWriting == null) {
+            return false;
         }
+        closeFile();
+        lock();
+        if (mWhyNotForWriting != null) {
+            throw new IOException(mRoot + " cannot be written to", mWhyNotForWriting);
+        }
+        return true;
     }
 
     private void lock() throws IOException {

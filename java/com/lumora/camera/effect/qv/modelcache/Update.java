@@ -15,12 +15,12 @@ import java.util.Set;
  */
 public final class Update implements Closeable {
     private final ModelStoreImpl mStore;
-    private final VersionTable.Version mVersion;
+    private final Version mVersion;
 
     /** The names of the entries that are there. */
     private final Set<String> mThere = new HashSet<>();
 
-    Update(ModelStoreImpl store, VersionTable.Version version) {
+    Update(ModelStoreImpl store, Version version) {
         mStore = store;
         mVersion = version;
     }
@@ -88,7 +88,7 @@ public final class Update implements Closeable {
 
     // The rest is for the store, which has entered.
 
-    VersionTable.Version version() {
+    Version version() {
         return mVersion;
     }
 

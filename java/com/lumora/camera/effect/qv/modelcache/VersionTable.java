@@ -2,12 +2,12 @@ package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.File;
 import java.io.IOException;
-import java.io.RandomAccessFile;
 import java.nio.charset.Charset;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.Collection;
 import java.util.Collections;
+import java.util.HashSet;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
@@ -17,43 +17,13 @@ import java.util.zip.CRC32;
 /**
  * The complete versions of a root and which of them is active. Immutable.
  *
- * <p>It lies on disk twice, in places that rarely go together: as {@code .versions}, and as the
- * extra bytes of the index that the native caches keep. It says, too, what the records of the native
- * caches looked like when it was written.
+ * <p>It lies on disk twice, in places that rarely go together: as {@code .versions} and as
+ * {@code extra/.versions}. It says, too, what the records of the native caches looked like when it
+ * was written.
  */
 final class VersionTable {
-    /** A complete version: its files in the order of their types, with the names of their entries. */
-    static final class Version {
-        private final int mNumber;
-        private final Map<ModelFile, String> mNames;
-
-        Version(int number, Map<ModelFile, String> names) {
-            mNumber = number;
-            mNames = names;
-        }
-
-        int number() {
-            return mNumber;
-        }
-
-        Map<ModelFile, String> names() {
-            return mNames;
-        }
-
-        /** Whether all files are there, as far as their sizes tell. */
-        boolean isWhole(File root) {
-            for (Map.Entry<ModelFile, String> file : mNames.entrySet()) {
-                File entry = new File(root, file.getValue());
-                if (entry.length() != file.getKey().sizeBytes() || !entry.isFile()) {
-                    return false;
-                }
-            }
-            return true;
-        }
-    }
-
     static final String NAME = ".versions";
-    private static final String COPY = "extra/versioned_index";
+    private static final String COPY = "extra/" + NAME;
     private static final Charset UTF_8 = Charset.forName("UTF-8");
     private static final String CHECK = "check ";
 
@@ -62,20 +32,23 @@ final class VersionTable {
     private final long mSequence;
     private final Version mActive;
     private final List<Version> mVersions;
+    private final Set<String> mDamaged;
     private final String mRecords;
     private final Map<String, String> mPaths;
 
     /** Without any version. */
     VersionTable(File root, Capability capability) {
-        this(root, capability, 0, null, Collections.<Version>emptyList(), "");
+        this(root, capability, 0, null, Collections.<Version>emptyList(),
+                Collections.<String>emptySet(), "");
     }
 
     private VersionTable(File root, Capability capability, long sequence, Integer active,
-            List<Version> versions, String records) {
+            List<Version> versions, Set<String> damaged, String records) {
         mRoot = root;
         mCapability = capability;
         mSequence = sequence;
         mVersions = versions;
+        mDamaged = damaged;
         mRecords = records;
         mActive = active == null ? null : find(active);
         Map<String, String> paths = new LinkedHashMap<>();
@@ -89,14 +62,14 @@ final class VersionTable {
 
     /** The table of a root in which everything is as it was left; null of any other. */
     static VersionTable asLeft(File root, Capability capability) throws IOException {
-        byte[] bytes = bytesOf(new File(root, NAME));
+        byte[] bytes = Disk.bytesOf(new File(root, NAME));
         VersionTable table = parse(root, capability, bytes);
-        if (table == null || !Arrays.equals(bytes, bytesOf(new File(root, COPY)))
+        if (table == null || !Arrays.equals(bytes, Disk.bytesOf(new File(root, COPY)))
                 || !table.mRecords.equals(recordsOf(root))) {
             return null;
         }
         for (Version version : table.mVersions) {
-            if (!version.isWhole(root)) {
+            if (!version.isWhole(root, capability)) {
                 return null;
             }
         }
@@ -105,15 +78,15 @@ final class VersionTable {
 
     /** The newest table that a root has, whatever else is to be said of it; null if it has none. */
     static VersionTable newest(File root, Capability capability) throws IOException {
-        VersionTable first = parse(root, capability, bytesOf(new File(root, NAME)));
-        VersionTable second = parse(root, capability, bytesOf(new File(root, COPY)));
+        VersionTable first = parse(root, capability, Disk.bytesOf(new File(root, NAME)));
+        VersionTable second = parse(root, capability, Disk.bytesOf(new File(root, COPY)));
         boolean isFirst = second == null || first != null && first.mSequence >= second.mSequence;
         return isFirst ? first : second;
     }
 
     /** Whether a root has two different tables, or one. */
     static boolean haveCopiesParted(File root) throws IOException {
-        return !Arrays.equals(bytesOf(new File(root, NAME)), bytesOf(new File(root, COPY)));
+        return !Arrays.equals(Disk.bytesOf(new File(root, NAME)), Disk.bytesOf(new File(root, COPY)));
     }
 
     /** What the records of the native caches look like: a text that changes with them. */
@@ -196,27 +169,40 @@ final class VersionTable {
         return filesByName().keySet();
     }
 
+    /** The names of entries that were found to have wrong bytes. */
+    Set<String> damaged() {
+        return mDamaged;
+    }
+
     /** With the version as the last one, in place of the one of its number. */
     VersionTable with(Version version, boolean active) {
-        Version earlier = find(version.number());
         List<Version> versions = new ArrayList<>(mVersions);
-        versions.remove(earlier);
+        versions.remove(find(version.number()));
         versions.add(version);
         return new VersionTable(mRoot, mCapability, mSequence,
-                active ? Integer.valueOf(version.number()) : activeNumber(), versions, mRecords);
+                active ? Integer.valueOf(version.number()) : activeNumber(), versions, mDamaged,
+                mRecords);
     }
 
     VersionTable without(Collection<Version> gone) {
         List<Version> versions = new ArrayList<>(mVersions);
         versions.removeAll(gone);
         return new VersionTable(mRoot, mCapability, mSequence,
-                gone.contains(mActive) ? null : activeNumber(), versions, mRecords);
+                gone.contains(mActive) ? null : activeNumber(), versions, mDamaged, mRecords);
+    }
+
+    /** With other entries having wrong bytes. */
+    VersionTable withDamaged(Set<String> names) {
+        return new VersionTable(mRoot, mCapability, mSequence, activeNumber(), mVersions, names,
+                mRecords);
     }
 
     /** The same, to be written after this. */
     VersionTable next(String records) {
+        Set<String> damaged = new HashSet<>(mDamaged);
+        damaged.retainAll(names());
         return new VersionTable(mRoot, mCapability, mSequence + 1, activeNumber(), mVersions,
-                records);
+                damaged, records);
     }
 
     byte[] toBytes() {
@@ -231,6 +217,9 @@ final class VersionTable {
                         .append(file.getKey().sha256()).append(' ')
                         .append(file.getValue()).append('\n');
             }
+        }
+        for (String name : mDamaged) {
+            text.append("damaged ").append(name).append('\n');
         }
         if (mActive != null) {
             text.append("active ").append(mActive.number()).append('\n');
@@ -250,20 +239,29 @@ final class VersionTable {
         if (!text.equals(checked + CHECK + sumOf(checked.getBytes(UTF_8)) + '\n')) {
             return null;
         }
-        return parseLines(new VersionTable(root, capability), checked.split("\n"));
+        String[] lines = checked.split("\n");
+        String owner = "capability " + capability;
+        if (lines[0].startsWith("capability ") && !lines[0].equals(owner)) {
+            throw new IllegalArgumentException(root + " has the models of "
+                    + lines[0].substring("capability ".length()) + ", not of " + capability);
+        }
+        try {
+            return new VersionTable(root, capability).withLines(lines);
+        } catch (RuntimeException malformed) { // although the check is right
+            return null;
+        }
     }
 
-    private static VersionTable parseLines(VersionTable empty, String[] lines) {
+    private VersionTable withLines(String[] lines) {
         long sequence = 0;
         Integer active = null;
         List<Version> versions = new ArrayList<>();
         Map<ModelFile, String> names = null; // of the last version so far
+        Set<String> damaged = new HashSet<>();
+        String records = "";
         for (String line : lines) {
             String[] words = line.split(" ");
             switch (words[0]) {
-                case "capability":
-                    empty.requireCapability(words[1]);
-                    break;
                 case "sequence":
                     sequence = Long.parseLong(words[1]);
                     break;
@@ -272,35 +270,30 @@ final class VersionTable {
                     versions.add(new Version(Integer.parseInt(words[1]), names));
                     break;
                 case "file":
-                    names.put(new ModelFile(words[1], Long.parseLong(words[2]), words[3]), words[4]);
+                    names.put(new ModelFile(words[1], Long.parseLong(words[2]), words[3]),
+                            requireName(words[4]));
+                    break;
+                case "damaged":
+                    damaged.add(words[1]);
                     break;
                 case "active":
                     active = Integer.valueOf(words[1]);
                     break;
+                case "records":
+                    records = words[1] + ' ' + words[2];
+                    break;
                 default:
             }
         }
-        return new VersionTable(empty.mRoot, empty.mCapability, sequence, active, versions,
-                lines[lines.length - 1].substring("records ".length()));
+        return new VersionTable(mRoot, mCapability, sequence, active, versions, damaged, records);
     }
 
-    private void requireCapability(String name) {
-        if (!mCapability.name().equals(name)) {
-            throw new IllegalArgumentException(mRoot + " has the models of " + name + ", not of "
-                    + mCapability);
+    /** Whoever can write to a root can make up a table, but not lead the store out of the root. */
+    private static String requireName(String name) {
+        if (name.charAt(0) == '.' || name.indexOf('/') >= 0) {
+            throw new IllegalArgumentException(name);
         }
-    }
-
-    /** The bytes of a small file, or null if there is none. */
-    static byte[] bytesOf(File file) throws IOException {
-        if (!file.isFile()) {
-            return null;
-        }
-        byte[] bytes = new byte[(int) Math.min(file.length(), 1 << 30)];
-        try (RandomAccessFile in = new RandomAccessFile(file, "r")) {
-            in.readFully(bytes);
-        }
-        return bytes;
+        return name;
     }
 
     private static String indexOf(File root) {
@@ -312,7 +305,7 @@ final class VersionTable {
             return "none";
         }
         try {
-            byte[] bytes = bytesOf(file);
+            byte[] bytes = Disk.bytesOf(file);
             return bytes == null ? "unreadable" : sumOf(bytes);
         } catch (IOException failure) {
             return "unreadable";

@@ -1,5 +1,6 @@
 package com.lumora.camera.effect.qv.modelcache;
 
+import java.io.File;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.Collection;
@@ -16,19 +17,27 @@ final class Versions {
     private final long mBudget;
     private VersionTable mTable;
 
-    /** Reads the table and mends what is not as it was left, as far as the disk lets it. */
+    /** Whether writing the table failed, so that another one may lie on disk. */
+    private boolean mUncertain;
+
     Versions(Capability capability, FileStore files) throws IOException {
         mCapability = capability;
         mFiles = files;
         mEntries = files.entries();
         mBudget = files.maxSizeBytes();
-        VersionTable table = VersionTable.newest(files.root(), capability);
-        mTable = table == null ? new VersionTable(files.root(), capability) : table;
-        boolean mended = VersionTable.haveCopiesParted(files.root());
+        read();
+    }
+
+    /** Reads the table and mends what is not as it was left, as far as the disk lets it. */
+    void read() throws IOException {
+        File root = mFiles.root();
+        VersionTable table = VersionTable.newest(root, mCapability);
+        boolean mended = VersionTable.haveCopiesParted(root);
         if (mended) {
             report("a copy of the table of versions was lost or damaged");
         }
-        if (table != null) {
+        mTable = table != null ? table : IndexedVersions.read(root, mCapability);
+        if (table != null || !mTable.versions().isEmpty()) {
             mended |= mend(dropIncomplete());
         }
         if (mended) {
@@ -42,8 +51,8 @@ final class Versions {
 
     private boolean dropIncomplete() {
         boolean dropped = false;
-        for (VersionTable.Version version : mTable.versions()) {
-            if (!version.isWhole(mFiles.root())) {
+        for (Version version : mTable.versions()) {
+            if (!version.isWhole(mFiles.root(), mCapability)) {
                 report("files of version " + version.number() + " were lost or damaged");
                 mTable = mTable.without(Collections.singleton(version));
                 dropped = true;
@@ -69,8 +78,9 @@ final class Versions {
     }
 
     /** Adds a version, in place of an earlier one of its number, as the last one. */
-    void put(VersionTable.Version version, boolean active) throws IOException {
-        VersionTable.Version earlier = mTable.find(version.number());
+    void put(Version version, boolean active) throws IOException {
+        settle();
+        Version earlier = mTable.find(version.number());
         VersionTable next = mTable.with(version, active);
         if (earlier == null) {
             mFiles.natives().index(mCapability, next, version);
@@ -81,12 +91,26 @@ final class Versions {
     }
 
     /** Deletes versions with their files, but for those that others share, or that are to stay. */
-    void remove(Collection<VersionTable.Version> gone, Set<String> kept) throws IOException {
+    void remove(Collection<Version> gone, Set<String> kept) throws IOException {
+        settle();
         Set<String> names = namesOfOnly(gone, kept);
         mTable = mTable.without(gone);
         mEntries.drop(names); // first: it makes the room that the rest needs on a full disk
         mFiles.natives().index(mCapability, mTable, null);
         write(mTable);
+    }
+
+    /** Remembers which entries have wrong bytes. */
+    void setDamaged(Set<String> names) {
+        if (names.equals(mTable.damaged())) {
+            return;
+        }
+        mTable = mTable.withDamaged(names);
+        try {
+            write(mTable);
+        } catch (IOException failure) { // It is known for as long as the store is open, then.
+            report(failure.toString());
+        }
     }
 
     /**
@@ -95,8 +119,8 @@ final class Versions {
      */
     void makeRoom(long bytes, Set<String> kept) throws IOException {
         long free = mBudget - mEntries.size();
-        List<VersionTable.Version> gone = new ArrayList<>();
-        for (VersionTable.Version version : mTable.versions()) {
+        List<Version> gone = new ArrayList<>();
+        for (Version version : mTable.versions()) {
             if (bytes > free + sizeOf(namesOfOnly(gone, kept)) && version != mTable.active()) {
                 gone.add(version);
             }
@@ -109,9 +133,9 @@ final class Versions {
         mEntries.makeRoom(bytes, mBudget, staying);
     }
 
-    private Set<String> namesOfOnly(Collection<VersionTable.Version> versions, Set<String> kept) {
+    private Set<String> namesOfOnly(Collection<Version> versions, Set<String> kept) {
         Set<String> names = new HashSet<>();
-        for (VersionTable.Version version : versions) {
+        for (Version version : versions) {
             names.addAll(version.names().values());
         }
         names.removeAll(mTable.without(versions).names());
@@ -127,23 +151,30 @@ final class Versions {
         return size;
     }
 
+    /** Has the table that is in force on disk, before anything is deleted that another may need. */
+    private void settle() throws IOException {
+        if (mUncertain) {
+            write(mTable);
+        }
+    }
+
     /** Once the first copy is there, the table is in force. */
     private void write(VersionTable table) throws IOException {
         VersionTable next = table.next(
-                mFiles.areRecordsCurrent() ? VersionTable.recordsOf(mFiles.root()) : "outdated");
+                mFiles.areRecordsCurrent() ? VersionTable.recordsOf(mFiles.root()) : "outdated -");
         byte[] bytes = next.toBytes();
-        boolean written = false;
+        mUncertain = true;
         try {
             mEntries.replaceOwn(VersionTable.NAME, bytes);
-            written = true;
+            mUncertain = false;
         } finally {
-            if (!written) {
+            if (mUncertain) {
                 mFiles.natives().outdate();
             }
         }
         mTable = next;
         try {
-            mEntries.replaceExtra(Entries.INDEX, bytes);
+            mEntries.replaceExtra(VersionTable.NAME, bytes);
         } catch (IOException failure) {
             report(failure.toString());
         }

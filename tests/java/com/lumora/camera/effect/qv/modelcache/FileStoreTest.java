@@ -53,7 +53,7 @@ class FileStoreTest {
             assertFalse(mStore.setExtra(key, new byte[1]));
         }
         assertEquals(0, mStore.size());
-        put(String.join("", Collections.nCopies(249, "x")), 1);
+        put(String.join("", Collections.nCopies(244, "x")), 1);
     }
 
     @Test

@@ -287,7 +287,7 @@ class ModelStoreTest {
         try (Update update = mStore.begin(2, files(2))) {
             String message = messageOf(IOException.class,
                     () -> download(update, files(2).get(0), 2));
-            assertTrue(message.startsWith("Error for insertAndLock: ")
+            assertTrue(message.startsWith("Error for getSize: ")
                     && message.contains(files(2).get(0).sha256()), message);
             assertTrue(dangling.delete() || Files.deleteIfExists(dangling.toPath()));
             try (ModelWriter out = update.write(files(2).get(0))) {

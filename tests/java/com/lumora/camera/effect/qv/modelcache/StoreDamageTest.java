@@ -51,7 +51,7 @@ class StoreDamageTest {
 
     @ParameterizedTest
     @ValueSource(strings = {
-        ".versions", "extra/versioned_index", "versioned_index", "metadata.json", ".lock"})
+        ".versions", "extra/.versions", "versioned_index", "metadata.json", ".lock"})
     void whateverBecomesOfAnOwnFile(String name) throws IOException {
         byte[] bytes = Files.readAllBytes(mRoot.resolve(name));
         for (int i = 0; i < bytes.length; ++i) {
