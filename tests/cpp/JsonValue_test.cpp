@@ -19,18 +19,19 @@ TEST(JsonValue, convertsScalarsStrictly) {
   const std::string max = "9223372036854775807";
   const std::string tooLarge = "9223372036854775808";
   const std::string notInt = " is not a 64-bit integer";
+  const std::string outOfRange = "conversion error: a number out of range";
   const struct {
     std::string text, asString, asInt64;
   } cases[] = {
       {"7", "7", "7"},
       {max, max, max},
-      {tooLarge, "conversion error: " + tooLarge + notInt,
-       "conversion error: " + tooLarge + notInt},
+      {tooLarge, outOfRange, outOfRange},
+      {"1e400", outOfRange, outOfRange},
       {"1.5", "1.5", "conversion error: 1.5" + notInt},
       {"-2.0", "-2", "-2"},
       {"9.3e18", "9.3e+18", "conversion error: 9.3e+18" + notInt},
-      {"-9223372036854775809", "-9223372036854775808",
-       "conversion error: -9223372036854775808" + notInt},
+      {"-9223372036854775808.0", "-9223372036854775808", "-9223372036854775808"},
+      {"-9223372036854775809", outOfRange, outOfRange},
       {"0.1", "0.1", "conversion error: 0.1" + notInt},
       {"true", "1", "1"},
       {"false", "0", "0"},

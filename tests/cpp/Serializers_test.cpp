@@ -37,7 +37,7 @@ TEST(Serializers, writeCompactDocumentsAndReadThemBack) {
 TEST(Serializers, acceptWhatConvertsAndSkipEmptyKeys) {
   CacheMetadataSerializer serializer;
   const auto metadata = serializer.deserialize(
-      R"({"x":0,"entries":[{"key":""},{"lastAccess":true,"y":[],"size":"42","key":7}]})");
+      R"({"x":0,"entries":[{"key":""},{"lastAccess":true,"y":[1e400,99999999999999999999],"size":"42","key":7}]})");
   const auto entries = metadata->getEntries();
   ASSERT_EQ(1u, entries.size());
   EXPECT_EQ("7", entries[0].first);

@@ -1,13 +1,37 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "tools/inspect/Damage.h"
+#include "support/json/JsonValue.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
+
+/// A place in a text.
+struct TextPlace {
+  std::size_t byte;    ///< From 0.
+  std::size_t line;    ///< From 1.
+  std::size_t column;  ///< From 1, in bytes.
+};
+
+/// What is wrong with one of the cache's own files, and where.
+struct Damage {
+  std::string reason;
+  std::string element = {};             ///< Of a document: "entries[3]", or "".
+  std::optional<TextPlace> place = {};  ///< Of a text that is no JSON document.
+  std::string excerpt = {};             ///< The text around the place, in one printable line.
+  std::size_t caret = 0;                ///< Columns of the excerpt before the place.
+
+  /// The place and the reason, in one line.
+  std::string describe() const;
+};
+
+/// What the library says of the text of a file.
+Damage damageOf(const json::Error& error, std::string_view text);
 
 /// One of the files in which the cache keeps its own affairs.
 struct OwnFile {

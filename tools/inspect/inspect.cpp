@@ -50,7 +50,7 @@ void requireCache(const fs::path& root, bool force) {
 
 OwnFile readMetadata(const fs::path& root, std::unique_ptr<ICacheMetadata>& metadata) {
   CacheMetadataSerializer serializer;
-  OwnFile file = readOwnFile(root, kMetadataName, "entries", [&](const std::string& text) {
+  OwnFile file = readOwnFile(root, kMetadataName, [&](const std::string& text) {
     metadata = serializer.deserialize(text).release();
   });
   if (!file.present || file.damage) {
@@ -177,7 +177,7 @@ void judgeBudget(std::int64_t budget, const ICacheMetadata& reconciled, Report& 
 
 }  // namespace
 
-OwnFile readOwnFile(const fs::path& root, const std::string& name, const std::string& arrayName,
+OwnFile readOwnFile(const fs::path& root, const std::string& name,
                     const std::function<void(const std::string&)>& deserialize) {
   FilesystemOperations filesystem;
   const fs::path path = root / name;
@@ -187,7 +187,7 @@ OwnFile readOwnFile(const fs::path& root, const std::string& name, const std::st
     return file;
   }
   if (!filesystem.isFile(path)) {
-    file.damage = Damage{"not a regular file", {}, {}, {}, 0};
+    file.damage = Damage{"not a regular file"};
     return file;
   }
   std::string text;
@@ -198,8 +198,8 @@ OwnFile readOwnFile(const fs::path& root, const std::string& name, const std::st
   }
   try {
     deserialize(text);
-  } catch (const std::exception& error) {
-    file.damage = locateDamage(text, error.what(), arrayName, deserialize);
+  } catch (const json::Error& error) {
+    file.damage = damageOf(error, text);
   }
   return file;
 }

@@ -20,11 +20,9 @@ Report inspect(const std::string& root, std::optional<std::int64_t> budget, bool
 /// as `inspect`.
 std::string recover(const std::string& root, bool force);
 
-/// Reads one of the cache's own files through `deserialize`; what that throws becomes the file's
-/// damage, and `deserialize` has then been called with parts of the text too. `arrayName` is the
-/// member of the root that holds the records.
+/// Reads one of the cache's own files through `deserialize`; the json::Error that it throws becomes
+/// the file's damage.
 OwnFile readOwnFile(const boost::filesystem::path& root, const std::string& name,
-                    const std::string& arrayName,
                     const std::function<void(const std::string&)>& deserialize);
 
 /// Adds what the stored index says to the report.

@@ -82,7 +82,7 @@ void inspectIndex(const fs::path& root, Report& report) {
   CacheDescriptorSerializer serializer;
   auto descriptor = std::make_unique<CacheDescriptor>();
   report.index =
-      readOwnFile(root, VersionedModelCacheImpl::kIndexKey, "versions",
+      readOwnFile(root, VersionedModelCacheImpl::kIndexKey,
                   [&](const std::string& text) { descriptor = serializer.deserialize(text); });
   if (report.index.damage) {
     report.findings.push_back("versioned_index is damaged: " + report.index.damage->describe());

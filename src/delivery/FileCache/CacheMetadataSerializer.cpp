@@ -6,14 +6,13 @@
 
 #include "delivery/FileCache/CacheMetadata.h"
 #include "support/json/CompactJson.h"
-#include "support/json/JsonDocument.h"
 #include "support/json/JsonValue.h"
 #include "support/util/ErrorTexts.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-// The second text says "descriptor" because it always has; reports are matched by it.
+// The second text says "descriptor": collectors match reports by it.
 constexpr ErrorTexts kSerializeErrors{
     "Serializing the cache metadata failed with exception: ",
     "Serializing the cache descriptor failed",
@@ -53,19 +52,19 @@ bool readAsWritten(const std::string& text, Records& records) {
   return reader.skip(kEnd) && reader.atEnd();
 }
 
-/// Reads any document that means one.
-Records readAnyhow(const JsonValue& root) {
+/// Reads any document.
+Records readRecords(const JsonValue& root) {
   Records records;
-  for (const JsonValue& element : json::arrayMember(root, "entries")) {
-    std::string key = json::toString(json::member(element, "key"));
+  json::forEach(root, "entries", [&records](const JsonValue& element) {
+    std::string key = json::member(element, "key", &json::toString);
     if (key.empty()) {
-      continue;
+      return;
     }
     CacheMetadataEntry entry;
-    entry.size = json::toInt64(json::member(element, "size"));
-    entry.lastAccess = json::toInt64(json::member(element, "lastAccess"));
+    entry.size = json::member(element, "size", &json::toInt64);
+    entry.lastAccess = json::member(element, "lastAccess", &json::toInt64);
     records.emplace_back(std::move(key), entry);
-  }
+  });
   return records;
 }
 
@@ -92,10 +91,10 @@ std::string CacheMetadataSerializer::serialize(const ICacheMetadata& metadata) {
 }
 
 quovix::unique_ref<ICacheMetadata> CacheMetadataSerializer::deserialize(const std::string& text) {
-  return json::deserializing(text, [&text]() -> quovix::unique_ref<ICacheMetadata> {
+  return json::readDocument(text, [&text]() -> quovix::unique_ref<ICacheMetadata> {
     Records records;
     if (!text.empty() && !readAsWritten(text, records)) {
-      records = json::readRoot(text, &readAnyhow);
+      records = readRecords(json::parse(text));
     }
     return quovix::make_unique_ref<CacheMetadata>(std::move(records));
   });

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "support/json/JsonDocument.h"
 #include "support/json/JsonValue.h"
 #include "support/util/ErrorTexts.h"
 
@@ -26,20 +25,12 @@ boost::json::object toJson(const VersionRecord& record) {
 }
 
 VersionRecord toRecord(const JsonValue& version) {
-  VersionRecord record{json::toInt32(json::member(version, "version")), {}};
-  for (const JsonValue& model : json::arrayMember(version, "models")) {
-    record.models.push_back({json::toString(json::member(model, "type")),
-                             json::toString(json::member(model, "cacheKey"))});
-  }
+  VersionRecord record{json::member(version, "version", &json::toInt32), {}};
+  json::forEach(version, "models", [&record](const JsonValue& model) {
+    record.models.push_back({json::member(model, "type", &json::toString),
+                             json::member(model, "cacheKey", &json::toString)});
+  });
   return record;
-}
-
-std::vector<VersionRecord> toRecords(const JsonValue& root) {
-  std::vector<VersionRecord> records;
-  for (const JsonValue& version : json::arrayMember(root, "versions")) {
-    records.push_back(toRecord(version));
-  }
-  return records;
 }
 
 }  // namespace
@@ -57,10 +48,12 @@ std::string CacheDescriptorSerializer::serialize(const CacheDescriptor& descript
 }
 
 std::unique_ptr<CacheDescriptor> CacheDescriptorSerializer::deserialize(const std::string& text) {
-  return json::deserializing(text, [&text] {
+  return json::readDocument(text, [&text] {
     auto descriptor = std::make_unique<CacheDescriptor>();
     if (!text.empty()) {
-      descriptor->versions = json::readRoot(text, &toRecords);
+      json::forEach(json::parse(text), "versions", [&descriptor](const JsonValue& version) {
+        descriptor->versions.push_back(toRecord(version));
+      });
     }
     return descriptor;
   });

@@ -4,8 +4,9 @@
 #include <string>
 #include <string_view>
 
-/// Compact JSON text without a tree of values in between, of which there would be several for each
-/// entry of a document. The punctuation and the names of members are the caller's.
+/// Compact JSON text without a tree of values in between. The metadata is read and written again by
+/// each operation of the cache, and a tree would be most of what an operation computes: several
+/// values for each entry. The punctuation and the names of members are the caller's.
 namespace zentrel::vistabase::ardelivery::json {
 
 /// Appends any bytes as a string: what JSON wants escaped is escaped, as short as it can be, and

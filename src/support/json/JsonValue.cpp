@@ -1,26 +1,80 @@
 #include "support/json/JsonValue.h"
 
+#include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/kind.hpp>
-#include <boost/json/parser.hpp>
+#include <boost/json/monotonic_resource.hpp>
 #include <boost/json/serialize.hpp>
+#include <boost/json/value_stack.hpp>
 #include <charconv>
 #include <cmath>
+#include <exception>
 #include <limits>
-#include <stdexcept>
-#include <utility>
 
 namespace zentrel::vistabase::ardelivery::json {
 namespace {
 
 constexpr const char* kScalar = "int/double/bool/string";
 
+/// Receives what the parser finds, and makes a value of it.
+class Builder {
+ public:
+  static constexpr std::size_t max_object_size = boost::json::object::max_size();
+  static constexpr std::size_t max_array_size = boost::json::array::max_size();
+  static constexpr std::size_t max_key_size = boost::json::string::max_size();
+  static constexpr std::size_t max_string_size = boost::json::string::max_size();
+
+  using Code = boost::system::error_code;
+  using Text = boost::json::string_view;
+
+  explicit Builder(unsigned char* scratch, std::size_t size) : stack_({}, scratch, size) {
+    // A document is read once and dropped. Its values share a few blocks, which saves a fifth (of a
+    // small index) to a third of the instructions that reading takes.
+    constexpr std::size_t block = 8192;
+    stack_.reset(boost::json::make_shared_resource<boost::json::monotonic_resource>(block));
+  }
+
+  JsonValue release() { return stack_.release(); }
+
+  static bool on_document_begin(Code&) { return true; }
+  static bool on_document_end(Code&) { return true; }
+  static bool on_object_begin(Code&) { return true; }
+  bool on_object_end(std::size_t count, Code&) { return stack_.push_object(count), true; }
+  static bool on_array_begin(Code&) { return true; }
+  bool on_array_end(std::size_t count, Code&) { return stack_.push_array(count), true; }
+  bool on_key_part(Text part, std::size_t, Code&) { return stack_.push_chars(part), true; }
+  bool on_key(Text rest, std::size_t, Code&) { return stack_.push_key(rest), true; }
+  bool on_string_part(Text part, std::size_t, Code&) { return stack_.push_chars(part), true; }
+  bool on_string(Text rest, std::size_t, Code&) { return stack_.push_string(rest), true; }
+  static bool on_number_part(Text, Code&) { return true; }
+  bool on_int64(std::int64_t number, Text, Code&) { return stack_.push_int64(number), true; }
+  bool on_uint64(std::uint64_t, Text, Code&) { return stack_.push_double(kOutOfRange), true; }
+  bool on_bool(bool value, Code&) { return stack_.push_bool(value), true; }
+  bool on_null(Code&) { return stack_.push_null(), true; }
+  static bool on_comment_part(Text, Code&) { return true; }
+  static bool on_comment(Text, Code&) { return true; }
+
+  bool on_double(double number, Text text, Code&) {
+    // The parser rounds integers that are too large for it. The text is whole, since it comes from
+    // one buffer.
+    const bool isInteger = text.find_first_of(".eE") == Text::npos;
+    return stack_.push_double(isInteger ? kOutOfRange : number), true;
+  }
+
+ private:
+  // What JSON has no text for. It fails when it is converted, and does no harm in a member that
+  // nobody reads.
+  static constexpr double kOutOfRange = std::numeric_limits<double>::quiet_NaN();
+
+  boost::json::value_stack stack_;
+};
+
 [[noreturn]] void throwTypeError(const char* expected, const JsonValue& value) {
-  throw std::runtime_error(std::string("type error: expected ") + expected + ", found " +
-                           std::string(boost::json::to_string(value.kind())));
+  throw Error(std::string("type error: expected ") + expected + ", found " +
+              std::string(boost::json::to_string(value.kind())));
 }
 
 [[noreturn]] void throwConversionError(const std::string& text, const char* target) {
-  throw std::runtime_error("conversion error: " + text + " is not a " + target);
+  throw Error("conversion error: " + text + " is not a " + target);
 }
 
 template <class Number>
@@ -30,11 +84,17 @@ std::string toDecimal(Number number) {
   return {buffer, result.ptr};
 }
 
+double requireInRange(double number) {
+  if (!std::isfinite(number)) {
+    throw Error("conversion error: a number out of range");
+  }
+  return number;
+}
+
 std::int64_t toInt64(double number) {
-  // An integer just below the range has been rounded to -2^63 by the parser: it is refused too.
   constexpr double limit = 9223372036854775808.0;  // 2^63
-  if (!(number > -limit && number < limit) || std::trunc(number) != number) {
-    throwConversionError(toDecimal(number), "64-bit integer");
+  if (!(number >= -limit && number < limit) || std::trunc(number) != number) {
+    throwConversionError(toDecimal(requireInRange(number)), "64-bit integer");
   }
   return static_cast<std::int64_t>(number);
 }
@@ -51,20 +111,22 @@ std::int64_t toInt64(std::string_view text) {
 
 }  // namespace
 
-JsonValue parse(std::string_view text, boost::json::storage_ptr storage) {
+JsonValue parse(std::string_view text) {
   boost::json::parse_options options;
   options.allow_invalid_utf8 = true;
   unsigned char scratch[4096];
-  boost::json::parser parser({}, options, scratch);
-  parser.reset(std::move(storage));
+  boost::json::basic_parser<Builder> parser(options, scratch, sizeof scratch);
   boost::system::error_code error;
-  const std::size_t parsed = parser.write(text.data(), text.size(), error);
+  std::size_t parsed = parser.write_some(false, text.data(), text.size(), error);
+  if (!error && parsed < text.size()) {
+    error = boost::json::error::extra_data;
+  }
   if (error) {
     // The exception that the library would throw names files and functions of the build.
-    throw ParseError("parse error: " + error.message() + " at byte " + std::to_string(parsed),
-                     parsed);
+    throw Error("parse error: " + error.message() + " at byte " + std::to_string(parsed), {},
+                parsed);
   }
-  return parser.release();
+  return parser.handler().release();
 }
 
 std::string write(const JsonValue& value) {
@@ -77,17 +139,18 @@ const JsonValue& member(const JsonValue& object, std::string_view name) {
   }
   const JsonValue* const found = object.get_object().if_contains(name);
   if (found == nullptr) {
-    throw std::runtime_error("missing member \"" + std::string(name) + "\"");
+    throw Error("missing member \"" + std::string(name) + "\"");
   }
   return *found;
 }
 
 const boost::json::array& arrayMember(const JsonValue& object, std::string_view name) {
-  const JsonValue& value = member(object, name);
-  if (!value.is_array()) {
-    throwTypeError("array", value);
-  }
-  return value.get_array();
+  return *member(object, name, [](const JsonValue& value) {
+    if (!value.is_array()) {
+      throwTypeError("array", value);
+    }
+    return &value.get_array();
+  });
 }
 
 std::string toString(const JsonValue& value) {
@@ -96,10 +159,8 @@ std::string toString(const JsonValue& value) {
       return {value.get_string().data(), value.get_string().size()};
     case boost::json::kind::int64:
       return toDecimal(value.get_int64());
-    case boost::json::kind::uint64:
-      throwConversionError(toDecimal(value.get_uint64()), "64-bit integer");
     case boost::json::kind::double_:
-      return toDecimal(value.get_double());
+      return toDecimal(requireInRange(value.get_double()));
     case boost::json::kind::bool_:
       return value.get_bool() ? "1" : "0";
     default:
@@ -113,8 +174,6 @@ std::int64_t toInt64(const JsonValue& value) {
       return toInt64(std::string_view(value.get_string()));
     case boost::json::kind::int64:
       return value.get_int64();
-    case boost::json::kind::uint64:
-      throwConversionError(toDecimal(value.get_uint64()), "64-bit integer");
     case boost::json::kind::double_:
       return toInt64(value.get_double());
     case boost::json::kind::bool_:
@@ -131,6 +190,19 @@ std::int32_t toInt32(const JsonValue& value) {
     throwConversionError(toDecimal(number), "32-bit integer");
   }
   return static_cast<std::int32_t>(number);
+}
+
+void rethrowQuoting(const std::string& text) {
+  const std::string failure = "Deserializing failed: '" + text + "' with ";
+  try {
+    throw;
+  } catch (const Error& error) {
+    throw Error(failure + "exception: " + error.what(), error);
+  } catch (const std::exception& error) {
+    throw Error(failure + "exception: " + error.what(), Error(error.what()));
+  } catch (...) {
+    throw Error(failure + "unknown exception", Error("unknown exception"));
+  }
 }
 
 }  // namespace zentrel::vistabase::ardelivery::json
