@@ -7,7 +7,7 @@
 
 #include "delivery/FileCache/createFileCache.h"
 #include "platform/zentreljni/Environment.h"
-#include "platform/zentreljni/JString.h"
+#include "platform/zentreljni/ManagedData.h"
 
 using namespace zentrel;
 

@@ -139,10 +139,10 @@ void addVersioned(const std::string& place, Site& site) {
   repeated("queryEntries/floor" + place, floor(1));
   repeated("four path getters/floor" + place, floor(4));
   repeated("queryEntries/cache" + place, [&site] {
-    const CapabilityModelTypeSerializer::Table types{{0, "face_tracker_model.bin"},
-                                                     {1, "face_detector_model.bin"},
-                                                     {2, "features_model.bin"},
-                                                     {3, "pdm_multires.bin"}};
+    const ModelTypeNames types{{0, "face_tracker_model.bin"},
+                               {1, "face_detector_model.bin"},
+                               {2, "features_model.bin"},
+                               {3, "pdm_multires.bin"}};
     auto cache = std::make_shared<VersionedModelCacheImpl>(
         std::make_unique<FileIO>(), std::make_unique<CacheDescriptorSerializer>(),
         createFileCache(site.versioned().root, kNoLimit),

@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/modelcache)
 set(jar_directory ${CMAKE_INSTALL_DATADIR}/java)
 
-install(TARGETS modelcache_core softerror EXPORT modelcache
+install(TARGETS modelcache_core modelcache_softerror EXPORT modelcache
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 # The headers include each other from the root of the sources, so that root is installed as it is,
 # less what only the library's own sources include.
@@ -15,7 +15,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/delivery
   FILES_MATCHING PATTERN *.h)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/support/util
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/modelcache/support
-  FILES_MATCHING PATTERN memory/*.h PATTERN type_name.h)
+  FILES_MATCHING PATTERN memory/*.h)
 install(FILES ${PROJECT_SOURCE_DIR}/src/platform/softerror/softerror.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/modelcache/platform/softerror)
 

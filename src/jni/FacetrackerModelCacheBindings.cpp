@@ -1,9 +1,8 @@
-#include "jni/FacetrackerModelCacheBindings.h"
-
 #include "delivery/ModelCache/FacetrackerModelCache.h"
-#include "jni/ModelCacheBindings.h"
 #include "jni/ModelCacheHybrid.h"
-#include "platform/zentreljni/NativeMethods.h"
+#include "jni/NativeMethods.h"
+#include "jni/mergedLibraries.h"
+#include "platform/zentreljni/Lookup.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -41,7 +40,6 @@ constexpr ErrorTexts kTrimErrors{
 
 void registerFacetrackerModelCacheNatives() {
   using namespace modelcache;
-  using jni::native;
   jni::registerNatives(
       "com/zentrel/vistabase/assets/modelcache/facetracker/FacetrackerModelCache",
       {

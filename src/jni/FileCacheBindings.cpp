@@ -1,15 +1,58 @@
-#include "jni/FileCacheBindings.h"
-
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "delivery/FileCache/createFileCache.h"
-#include "jni/FileCacheConversions.h"
 #include "jni/FileCacheHybrid.h"
-#include "platform/zentreljni/NativeMethods.h"
+#include "jni/FileResourceMetaHybrid.h"
+#include "jni/NativeMethods.h"
+#include "jni/mergedLibraries.h"
+#include "platform/zentreljni/Lookup.h"
 
 namespace zentrel::vistabase::ardelivery {
+
+/// A managed ARDFileCacheEntry with the entry's path, or null for null.
+template <>
+struct Convert<std::shared_ptr<FileCacheEntry>> {
+  using Jni = jobject;
+  static jni::LocalRef<jobject> toJni(const std::shared_ptr<FileCacheEntry>& entry) {
+    if (!entry) {
+      return {};
+    }
+    static const jni::JavaConstructor constructor(
+        "com/zentrel/vistabase/assets/tesselcache/ARDFileCacheEntry", "(Ljava/lang/String;)V");
+    return constructor(jni::make_jstring(entry->path).get());
+  }
+};
+
+/// A managed array of Map.Entry, from each key to its ARDFileResourceMeta.
+template <>
+struct Convert<std::vector<std::pair<std::string, FileCacheEntryMeta>>> {
+  using Jni = jobjectArray;
+  static jni::LocalRef<jobjectArray> toJni(
+      const std::vector<std::pair<std::string, FileCacheEntryMeta>>& metas) {
+    static const jclass mapEntry = jni::findClassStatic("java/util/Map$Entry");
+    static const jni::JavaConstructor simpleEntry("java/util/AbstractMap$SimpleEntry",
+                                                  "(Ljava/lang/Object;Ljava/lang/Object;)V");
+    JNIEnv* const env = jni::environment();
+    auto array =
+        jni::checkedLocal(env->NewObjectArray(static_cast<jsize>(metas.size()), mapEntry, nullptr));
+    jsize index = 0;
+    for (const auto& [key, meta] : metas) {
+      // The references of each round go with it: any number of entries fits the reference table.
+      const jni::LocalRef<jstring> name = jni::make_jstring(key);
+      const jni::LocalRef<jobject> value = newFileResourceMeta(meta);
+      const jni::LocalRef<jobject> entry = simpleEntry(name.get(), value.get());
+      env->SetObjectArrayElement(array.get(), index++, entry.get());
+      jni::throwIfPending();
+    }
+    return array;
+  }
+};
+
 namespace {
 
 std::unique_ptr<FileCacheHybrid> initHybrid(const std::string& rootPath,
@@ -34,7 +77,6 @@ constexpr char kExtra[] = "extra";
 }  // namespace
 
 void registerFileCacheNatives() {
-  using jni::native;
   using Peer = FileCacheHybrid;
   jni::registerNatives(
       "com/lumora/camera/effect/qv/modelcache/FileCacheBasicImpl",

@@ -1,11 +1,9 @@
-#include "jni/FileResourceMetaBindings.h"
-
 #include <memory>
 
 #include "jni/FileResourceMetaHybrid.h"
-#include "platform/zentreljni/HybridData.h"
+#include "jni/NativeMethods.h"
+#include "jni/mergedLibraries.h"
 #include "platform/zentreljni/Lookup.h"
-#include "platform/zentreljni/NativeMethods.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -21,10 +19,8 @@ jni::LocalRef<jobject> newFileResourceMeta(const FileCacheEntryMeta& meta) {
 }
 
 void registerFileResourceMetaNatives() {
-  jni::registerNatives(kClass, {
-                                   {"getExtra", "()Ljava/nio/ByteBuffer;",
-                                    jni::native<&FileResourceMetaHybrid::getExtra>},
-                               });
+  jni::registerNatives(
+      kClass, {{"getExtra", "()Ljava/nio/ByteBuffer;", native<&FileResourceMetaHybrid::getExtra>}});
 }
 
 }  // namespace zentrel::vistabase::ardelivery

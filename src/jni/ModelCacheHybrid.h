@@ -8,11 +8,27 @@
 #include "delivery/ModelCache/CapabilityModel.h"
 #include "jni/FileCacheHybrid.h"
 #include "platform/zentreljni/Exceptions.h"
-#include "platform/zentreljni/HybridBase.h"
+#include "platform/zentreljni/HybridData.h"
 #include "support/util/ErrorTexts.h"
 #include "support/util/memory/shared_ref.h"
 
 namespace zentrel::vistabase::ardelivery {
+
+/// The names of arguments and the descriptors that the natives of all model caches share.
+namespace modelcache {
+
+constexpr char kFileCache[] = "fileCache";
+constexpr char kVersion[] = "version";
+constexpr char kCacheKey[] = "cacheKey";
+constexpr char kTypeName[] = "typeName";
+
+constexpr const char* kInitHybrid =
+    "(Lcom/zentrel/vistabase/assets/tesselcache/ARDFileCache;)Lcom/zentrel/jni/HybridData;";
+constexpr const char* kGetPath = "(I)Ljava/lang/String;";
+constexpr const char* kAddModel = "(ILjava/lang/String;Ljava/lang/String;)Z";
+constexpr const char* kTrim = "(I)V";
+
+}  // namespace modelcache
 
 /// Raises, as the managed EffectsFrameworkException, whatever the body of a model cache's native
 /// throws. A managed exception that is pending already stays as it is.

@@ -1,9 +1,8 @@
-#include "jni/SegmentationModelCacheBindings.h"
-
 #include "delivery/ModelCache/SegmentationModelCache.h"
-#include "jni/ModelCacheBindings.h"
 #include "jni/ModelCacheHybrid.h"
-#include "platform/zentreljni/NativeMethods.h"
+#include "jni/NativeMethods.h"
+#include "jni/mergedLibraries.h"
+#include "platform/zentreljni/Lookup.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -32,7 +31,6 @@ constexpr ErrorTexts kTrimErrors{
 
 void registerSegmentationModelCacheNatives() {
   using namespace modelcache;
-  using jni::native;
   jni::registerNatives(
       "com/zentrel/vistabase/assets/modelcache/segmentation/SegmentationModelCache",
       {

@@ -3,8 +3,8 @@
 #include <atomic>
 
 #include "platform/softerror/softerror.h"
-#include "platform/zentreljni/JString.h"
 #include "platform/zentreljni/Lookup.h"
+#include "platform/zentreljni/ManagedData.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

@@ -1,15 +1,28 @@
 #include "jni/mergedLibraries.h"
 
-#include "jni/FacetrackerModelCacheBindings.h"
-#include "jni/FileCacheBindings.h"
-#include "jni/FileResourceMetaBindings.h"
-#include "jni/SegmentationModelCacheBindings.h"
-#include "jni/mergedLibraryOnLoad.h"
+#include "jni/SoftErrorListener.h"
+#include "platform/zentreljni/initialize.h"
 
-namespace zentrel::jni {
+namespace zentrel::vistabase::ardelivery {
 namespace {
 
-using namespace zentrel::vistabase::ardelivery;
+/// The load function of a merged library: registers its natives through `Register`, once per
+/// process and library. Returns 0, also from the second call on, or -1 when it failed; a failed
+/// load is not tried again. The managed loader makes one call at a time.
+template <void (*Register)()>
+jint mergedLibraryOnLoad(JNIEnv* env, jclass) {
+  static unsigned char alreadyLoaded = 0;
+  if (alreadyLoaded != 0) {
+    return 0;
+  }
+  alreadyLoaded = 1;
+  JavaVM* vm = nullptr;
+  if (env->GetJavaVM(&vm) < 0) {
+    return -1;
+  }
+  listenToSoftErrors(vm);
+  return loadResult(jni::initialize(vm, Register));
+}
 
 // Retained: a linker that drops unused sections sees no use of this one.
 [[gnu::section("pre_merge_jni_libraries"), gnu::used, gnu::retain]] const MergedLibrary rows[] = {
@@ -23,4 +36,4 @@ using namespace zentrel::vistabase::ardelivery;
 };
 
 }  // namespace
-}  // namespace zentrel::jni
+}  // namespace zentrel::vistabase::ardelivery

@@ -134,8 +134,7 @@ TEST(Faults, leaveTheVersionedCacheWithAnExceptionOrAnIncompleteAnswer) {
           VersionedModelCacheImpl versions(
               std::make_unique<FaultyFileIO>(faulty.plan),
               std::make_unique<CacheDescriptorSerializer>(), faulty.cache,
-              std::make_shared<CapabilityModelTypeSerializer>(
-                  CapabilityModelTypeSerializer::Table{{0, "t"}, {1, "u"}}));
+              std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}}));
           try {
             operation(versions);
             return false;

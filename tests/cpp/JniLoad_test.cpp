@@ -6,13 +6,11 @@
 #include <vector>
 
 #include "jni/mergedLibraries.h"
-#include "jni/mergedLibraryOnLoad.h"
-#include "jni/toJniName.h"
 
 namespace {
 
-using zentrel::jni::loadResult;
-using zentrel::jni::MergedLibrary;
+using zentrel::vistabase::ardelivery::loadResult;
+using zentrel::vistabase::ardelivery::MergedLibrary;
 
 jint load(JNIEnv*, jclass) {
   return 0;
@@ -73,7 +71,7 @@ TEST(JniOnLoad, registersEachMergedLibraryButThePlaceholder) {
 
 TEST(JniOnLoad, namesAndResultsAreMapped) {
   const std::unique_ptr<char, decltype(&std::free)> name(
-      zentrel::jni::toJniName("lib_A9-z.\xFF\xC3so"), &std::free);
+      zentrel::vistabase::ardelivery::toJniName("lib_A9-z.\xFF\xC3so"), &std::free);
   EXPECT_STREQ("lib_A9_z___so", name.get());
   for (const jint version : {0x10002, 0x10004, 0x10006}) {
     EXPECT_EQ(0, loadResult(version));

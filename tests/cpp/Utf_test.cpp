@@ -1,8 +1,8 @@
-#include "platform/zentreljni/Utf.h"
+#include "support/util/Utf.h"
 
 #include <gtest/gtest.h>
 
-namespace zentrel::jni {
+namespace zentrel::vistabase::ardelivery {
 namespace {
 
 TEST(Utf, convertsBothWays) {
@@ -48,4 +48,4 @@ TEST(Utf, replacesEachMalformedSequence) {
 }
 
 }  // namespace
-}  // namespace zentrel::jni
+}  // namespace zentrel::vistabase::ardelivery

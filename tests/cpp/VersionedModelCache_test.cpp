@@ -28,8 +28,7 @@ class VersionedModelCacheSequence : public testing::Test {
     serializer_ = serializer.get();
     cache_ = std::make_unique<VersionedModelCacheImpl>(
         std::move(io), std::move(serializer), files_,
-        std::make_shared<CapabilityModelTypeSerializer>(
-            CapabilityModelTypeSerializer::Table{{0, "t"}, {1, "u"}}));
+        std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}}));
   }
 
   void expectLoad(CacheDescriptor descriptor) {

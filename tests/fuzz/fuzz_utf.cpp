@@ -1,9 +1,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "platform/zentreljni/Utf.h"
+#include "support/util/Utf.h"
 
-using namespace zentrel::jni;
+using namespace zentrel::vistabase::ardelivery;
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
   // Any managed string comes back as it was, and so do bytes once they have been through one.

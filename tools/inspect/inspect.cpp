@@ -18,7 +18,6 @@
 #include "delivery/ModelCache/VersionedModelCacheImpl.h"
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"
-#include "support/util/wrappingArithmetic.h"
 #include "tools/inspect/Terminal.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {

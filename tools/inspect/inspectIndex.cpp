@@ -5,8 +5,10 @@
 
 #include "delivery/FileCache/CacheKey.h"
 #include "delivery/ModelCache/CacheDescriptorSerializer.h"
+#include "delivery/ModelCache/CapabilityModelTypeSerializer.h"
 #include "delivery/ModelCache/FacetrackerModelCache.h"
 #include "delivery/ModelCache/SegmentationModelCache.h"
+#include "delivery/ModelCache/VersionedModelCacheImpl.h"
 #include "delivery/Storage/FilesystemOperations.h"
 #include "tools/inspect/Terminal.h"
 #include "tools/inspect/inspect.h"

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "support/util/wrappingArithmetic.h"
-
 namespace zentrel::vistabase::ardelivery {
 
 std::vector<std::string> CacheEvictor::selectKeysToEvict(const ICacheMetadata& metadata) {

@@ -2,8 +2,6 @@
 
 #include <chrono>
 
-#include "support/util/wrappingArithmetic.h"
-
 namespace zentrel::vistabase::ardelivery {
 namespace {
 

@@ -5,9 +5,26 @@
 #include <utility>
 #include <vector>
 
-#include "delivery/FileCache/CacheMetadataEntry.h"
-
 namespace zentrel::vistabase::ardelivery {
+
+/// The record of one entry.
+struct CacheMetadataEntry {
+  std::int64_t size = 0;        ///< Bytes.
+  std::int64_t lastAccess = 0;  ///< Milliseconds since the Unix epoch, by the system clock.
+  bool locked = false;          ///< In memory only; a lock does not outlive a reload.
+};
+
+/// Sums of sizes that come from a file and may be anything: they wrap around, which signed
+/// arithmetic may not.
+inline std::int64_t wrappingAdd(std::int64_t left, std::int64_t right) noexcept {
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(left) +
+                                   static_cast<std::uint64_t>(right));
+}
+
+inline std::int64_t wrappingSubtract(std::int64_t left, std::int64_t right) noexcept {
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(left) -
+                                   static_cast<std::uint64_t>(right));
+}
 
 /// The records of all entries by name, with the running total of their sizes. Names are as their
 /// files are named, that is escaped. Operations on an absent name do nothing, except lockEntry.

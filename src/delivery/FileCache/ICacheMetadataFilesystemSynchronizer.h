@@ -5,9 +5,15 @@
 #include <string>
 #include <unordered_set>
 
-#include "delivery/FileCache/SynchronizationResult.h"
+#include "delivery/FileCache/ICacheMetadata.h"
 
 namespace zentrel::vistabase::ardelivery {
+
+/// The outcome of a synchronization.
+struct SynchronizationResult {
+  std::unique_ptr<ICacheMetadata> metadata;  ///< What to use from now on; never null.
+  bool changed;                              ///< Whether it differs from what was passed in.
+};
 
 /// Reconciles the records with what really lies in the root directory.
 class ICacheMetadataFilesystemSynchronizer {

@@ -6,11 +6,23 @@
 #include <utility>
 #include <vector>
 
-#include "delivery/FileCache/BytesVector.h"
-#include "delivery/FileCache/FileCacheEntry.h"
-#include "delivery/FileCache/FileCacheEntryMeta.h"
-
 namespace zentrel::vistabase::ardelivery {
+
+/// Opaque bytes that a caller attaches to an entry.
+using BytesVector = std::vector<std::uint8_t>;
+
+/// Where an entry lies on disk. Only a path: it keeps nothing alive and unlocks nothing.
+struct FileCacheEntry {
+  std::string path;  ///< Full path of the entry, a regular file or a directory.
+};
+
+/// What the cache tells of one entry beyond its path.
+struct FileCacheEntryMeta {
+  /// With these bytes.
+  explicit FileCacheEntryMeta(BytesVector extraBytes) : extra(std::move(extraBytes)) {}
+
+  BytesVector extra;  ///< The bytes that updateExtra last wrote.
+};
 
 /// Files and directories under one root directory, each under a string key, within a byte budget.
 ///

@@ -1,15 +1,17 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "delivery/FileCache/IFileCache.h"
 #include "delivery/ModelCache/CapabilityModel.h"
-#include "delivery/ModelCache/CapabilityModelTypeSerializer.h"
-#include "delivery/ModelCache/VersionedModelCacheImpl.h"
 #include "support/util/memory/shared_ref.h"
 #include "support/util/memory/unique_ref.h"
 
 namespace zentrel::vistabase::ardelivery {
+
+class CapabilityModelTypeSerializer;
+class VersionedModelCacheImpl;
 
 /// The versions of one capability's models, over a file cache that holds the files. Failures are
 /// std::runtime_error; a missing file is none. One thread at a time.
@@ -19,7 +21,7 @@ class CapabilityModelCache {
   /// the version to keep is not there: better too many models than none.
   virtual void trimExceptVersion(int version);
 
-  virtual ~CapabilityModelCache() = default;
+  virtual ~CapabilityModelCache();
 
   /// Records a cached file under the version. False when the file cache does not hold its key;
   /// throws "Unknown serialized type: NAME" when the capability has no such model.
@@ -28,13 +30,19 @@ class CapabilityModelCache {
   /// Whether all files of the version are recorded and cached.
   virtual bool hasModelsForVersion(int version) = 0;
 
- protected:
-  /// `typeNames` is the capability's.
-  CapabilityModelCache(std::shared_ptr<IFileCache> fileCache,
-                       CapabilityModelTypeSerializer::Table typeNames);
+  /// All versions, complete or not, the last changed one last.
+  std::vector<int> queryVersions();
 
-  /// The versions.
-  VersionedModelCacheImpl& cache() { return *cache_; }
+  /// Deletes the version and those of its files that no other version shares. Nothing happens when
+  /// there is no such version.
+  void deleteVersion(int version);
+
+ protected:
+  /// `typeNames` are the capability's. Touches neither the file cache nor the disk.
+  CapabilityModelCache(std::shared_ptr<IFileCache> fileCache, ModelTypeNames typeNames);
+
+  /// The version's files that are still cached; each is promoted.
+  ModelEntries queryEntries(int version);
 
  private:
   quovix::shared_ref<CapabilityModelTypeSerializer> typeSerializer_;

@@ -5,7 +5,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-CapabilityModelTypeSerializer::CapabilityModelTypeSerializer(Table names)
+CapabilityModelTypeSerializer::CapabilityModelTypeSerializer(ModelTypeNames names)
     : names_(std::move(names)) {}
 
 int CapabilityModelTypeSerializer::deserialize(const std::string& name) const {

@@ -1,18 +1,16 @@
 #pragma once
 
 #include <string>
-#include <unordered_map>
+
+#include "delivery/ModelCache/CapabilityModel.h"
 
 namespace zentrel::vistabase::ardelivery {
 
 /// The names of a capability's model types. Immutable.
 class CapabilityModelTypeSerializer {
  public:
-  /// From each type to its serialized name.
-  using Table = std::unordered_map<int, std::string>;
-
   /// Over the names of one capability.
-  explicit CapabilityModelTypeSerializer(Table names);
+  explicit CapabilityModelTypeSerializer(ModelTypeNames names);
 
   /// The type of that name, compared byte by byte; std::runtime_error "Could not deserialize type:
   /// NAME" if there is none.
@@ -23,7 +21,7 @@ class CapabilityModelTypeSerializer {
   int deserializeChecked(const std::string& name) const;
 
  private:
-  const Table names_;
+  const ModelTypeNames names_;
 };
 
 }  // namespace zentrel::vistabase::ardelivery

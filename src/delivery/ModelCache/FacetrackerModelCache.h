@@ -1,36 +1,44 @@
 #pragma once
 
-#include <memory>
+#include <string>
 
-#include "delivery/ModelCache/FacetrackerModelPaths.h"
-#include "delivery/ModelCache/FacetrackerModelType.h"
-#include "delivery/ModelCache/ModelTable.h"
 #include "delivery/ModelCache/TypedCapabilityModelCache.h"
 
 namespace zentrel::vistabase::ardelivery {
 
+/// The files of face tracking. Stored as plain integers; the numbers overlap with those of other
+/// capabilities.
+enum class FacetrackerModelType : int {
+  FaceTracker = 0,
+  FaceDetector = 1,
+  Features = 2,
+  PdmMultires = 3,
+};
+
+/// Where the files of one complete version of face tracking lie.
+struct FacetrackerModelPaths {
+  std::string faceAlignPath;    ///< face_tracker_model.bin
+  std::string faceDetectPath;   ///< face_detector_model.bin
+  std::string faceContourPath;  ///< features_model.bin
+  std::string meshPath;         ///< pdm_multires.bin
+};
+
+/// The files that make up a complete version of face tracking.
+inline constexpr ModelRow<FacetrackerModelPaths> kFacetrackerModels[] = {
+    {int(FacetrackerModelType::FaceTracker), "face_tracker_model.bin",
+     &FacetrackerModelPaths::faceAlignPath},
+    {int(FacetrackerModelType::FaceDetector), "face_detector_model.bin",
+     &FacetrackerModelPaths::faceDetectPath},
+    {int(FacetrackerModelType::Features), "features_model.bin",
+     &FacetrackerModelPaths::faceContourPath},
+    {int(FacetrackerModelType::PdmMultires), "pdm_multires.bin", &FacetrackerModelPaths::meshPath},
+};
+
 /// The models of face tracking.
-class FacetrackerModelCache final : public TypedCapabilityModelCache<FacetrackerModelPaths> {
+class FacetrackerModelCache final
+    : public TabularModelCache<FacetrackerModelPaths, kFacetrackerModels> {
  public:
-  /// The files that make up a complete version.
-  static constexpr ModelRow<FacetrackerModelPaths> kModels[] = {
-      {int(FacetrackerModelType::FaceTracker), "face_tracker_model.bin",
-       &FacetrackerModelPaths::faceAlignPath},
-      {int(FacetrackerModelType::FaceDetector), "face_detector_model.bin",
-       &FacetrackerModelPaths::faceDetectPath},
-      {int(FacetrackerModelType::Features), "features_model.bin",
-       &FacetrackerModelPaths::faceContourPath},
-      {int(FacetrackerModelType::PdmMultires), "pdm_multires.bin",
-       &FacetrackerModelPaths::meshPath},
-  };
-
-  /// Over the file cache that holds the files. Touches nothing.
-  explicit FacetrackerModelCache(std::shared_ptr<IFileCache> fileCache);
-
-  bool getModelsForVersion(int version, std::shared_ptr<FacetrackerModelPaths>& out) override;
-
- protected:
-  std::shared_ptr<FacetrackerModelPaths> modelsFromEntries(const ModelEntries& entries) override;
+  using TabularModelCache::TabularModelCache;
 };
 
 }  // namespace zentrel::vistabase::ardelivery

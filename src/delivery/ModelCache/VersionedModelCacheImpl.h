@@ -5,9 +5,9 @@
 
 #include "delivery/FileCache/IFileCache.h"
 #include "delivery/ModelCache/CacheDescriptor.h"
+#include "delivery/ModelCache/CapabilityModel.h"
 #include "delivery/ModelCache/CapabilityModelTypeSerializer.h"
 #include "delivery/ModelCache/ICacheDescriptorSerializer.h"
-#include "delivery/ModelCache/ModelEntries.h"
 #include "delivery/Storage/IFileIO.h"
 #include "support/util/memory/shared_ref.h"
 #include "support/util/memory/unique_ref.h"

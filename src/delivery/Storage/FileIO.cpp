@@ -8,8 +8,6 @@
 #include <stdexcept>
 
 #include "support/posix/FileDescriptor.h"
-#include "support/posix/retryOnInterrupt.h"
-#include "support/posix/transferFully.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

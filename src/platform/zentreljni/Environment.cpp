@@ -23,4 +23,14 @@ JNIEnv* environment() {
   return current;
 }
 
+const char* PendingJavaException::what() const noexcept {
+  return "a managed exception is pending";
+}
+
+void throwIfPending() {
+  if (environment()->ExceptionCheck() == JNI_TRUE) {
+    throw PendingJavaException();
+  }
+}
+
 }  // namespace zentrel::jni

@@ -2,6 +2,9 @@
 
 #include <jni.h>
 
+#include <exception>
+#include <utility>
+
 namespace zentrel::jni {
 
 /// Records the environment of the current thread while it lives. Scopes nest.
@@ -19,5 +22,54 @@ class JniEnvCacher {
 /// The recorded environment of the current thread. There is one in every native that this library
 /// wraps, and in `initialize`; elsewhere this throws std::logic_error.
 JNIEnv* environment();
+
+/// Stands, in native code, for the managed exception that is pending on the current thread. Let it
+/// pass to the native's boundary, where the managed exception stays as it is.
+class PendingJavaException : public std::exception {
+ public:
+  const char* what() const noexcept override;
+};
+
+/// Throws PendingJavaException when a managed exception is pending. To be called after each JNI
+/// function that may raise one.
+void throwIfPending();
+
+/// Owns a local reference, or none, and deletes it on the thread that made it.
+template <class T>
+class LocalRef {
+ public:
+  LocalRef() noexcept = default;
+  explicit LocalRef(T reference) noexcept : reference_(reference) {}
+  template <class U>
+  LocalRef(LocalRef<U>&& other) noexcept : reference_(other.release()) {}
+  LocalRef(LocalRef&& other) noexcept : reference_(other.release()) {}
+  LocalRef& operator=(LocalRef&& other) noexcept {
+    LocalRef(std::move(other)).swap(*this);
+    return *this;
+  }
+  ~LocalRef() {
+    if (reference_ != nullptr) {
+      environment()->DeleteLocalRef(reference_);
+    }
+  }
+
+  T get() const noexcept { return reference_; }
+  explicit operator bool() const noexcept { return reference_ != nullptr; }
+
+  /// Gives up the reference, for a native to return.
+  T release() noexcept { return std::exchange(reference_, nullptr); }
+  void swap(LocalRef& other) noexcept { std::swap(reference_, other.reference_); }
+
+ private:
+  T reference_ = nullptr;
+};
+
+/// Takes over the result of a JNI function that gives null exactly when it failed.
+template <class T>
+LocalRef<T> checkedLocal(T reference) {
+  LocalRef<T> owner(reference);
+  throwIfPending();
+  return owner;
+}
 
 }  // namespace zentrel::jni

@@ -3,8 +3,8 @@
 #include <new>
 #include <stdexcept>
 
-#include "platform/zentreljni/JString.h"
 #include "platform/zentreljni/Lookup.h"
+#include "platform/zentreljni/ManagedData.h"
 
 namespace zentrel::jni {
 namespace {
@@ -39,16 +39,6 @@ void raiseHandledException() {
 }
 
 }  // namespace
-
-const char* PendingJavaException::what() const noexcept {
-  return "a managed exception is pending";
-}
-
-void throwIfPending() {
-  if (environment()->ExceptionCheck() == JNI_TRUE) {
-    throw PendingJavaException();
-  }
-}
 
 void throwNewJavaException(const char* className, const std::string& message) {
   raise(className, message);

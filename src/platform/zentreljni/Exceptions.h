@@ -1,30 +1,10 @@
 #pragma once
 
-#include <exception>
 #include <string>
 
-#include "platform/zentreljni/LocalRef.h"
+#include "platform/zentreljni/Environment.h"
 
 namespace zentrel::jni {
-
-/// Stands, in native code, for the managed exception that is pending on the current thread. Let it
-/// pass to the native's boundary, where the managed exception stays as it is.
-class PendingJavaException : public std::exception {
- public:
-  const char* what() const noexcept override;
-};
-
-/// Throws PendingJavaException when a managed exception is pending. To be called after each JNI
-/// function that may raise one.
-void throwIfPending();
-
-/// Takes over the result of a JNI function that gives null exactly when it failed.
-template <class T>
-LocalRef<T> checkedLocal(T reference) {
-  LocalRef<T> owner(reference);
-  throwIfPending();
-  return owner;
-}
 
 /// Raises a managed exception (class name in slash form, any bytes as message), then throws
 /// PendingJavaException for it. A class that cannot be found leaves the machine's own error.

@@ -4,7 +4,6 @@
 
 #include "platform/zentreljni/Exceptions.h"
 #include "platform/zentreljni/Lookup.h"
-#include "platform/zentreljni/NativeMethods.h"
 
 namespace zentrel::jni {
 namespace {
@@ -50,11 +49,10 @@ HybridBase& getNativePointer(jobject destructor) {
   return *peer;
 }
 
-void deleteNative(std::int64_t pointer) {
+void JNICALL deleteNative(JNIEnv* env, jclass, jlong pointer) noexcept {
+  const JniEnvCacher cacher(env);
   delete toPeer(pointer);
 }
-
-constexpr char kPointer[] = "pointer";
 
 }  // namespace
 
@@ -76,7 +74,8 @@ HybridBase& HybridData::peerOf(jobject self) {
 }
 
 void HybridData::registerNatives() {
-  jni::registerNatives(kDestructor, {{"deleteNative", "(J)V", native<&deleteNative, kPointer>}});
+  jni::registerNatives(kDestructor,
+                       {{"deleteNative", "(J)V", reinterpret_cast<void*>(&deleteNative)}});
 }
 
 }  // namespace zentrel::jni

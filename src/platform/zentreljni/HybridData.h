@@ -3,10 +3,19 @@
 #include <memory>
 #include <stdexcept>
 
-#include "platform/zentreljni/HybridBase.h"
-#include "platform/zentreljni/LocalRef.h"
+#include "platform/zentreljni/Environment.h"
 
 namespace zentrel::jni {
+
+/// The base of every native peer. A peer is owned by a managed object, which destroys it through
+/// this destructor, on the thread that releases the object or on the collector's.
+class HybridBase {
+ public:
+  HybridBase() = default;
+  HybridBase(const HybridBase&) = delete;
+  HybridBase& operator=(const HybridBase&) = delete;
+  virtual ~HybridBase() = default;
+};
 
 /// The managed com.zentrel.jni.HybridData, owner of a native peer.
 struct HybridData {

@@ -1,6 +1,9 @@
 #include "platform/zentreljni/Lookup.h"
 
 #include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace zentrel::jni {
 namespace {
@@ -46,6 +49,23 @@ JavaConstructor::JavaConstructor(const char* className, const char* descriptor) 
   const LocalRef<jclass> type = findClass(className);
   constructor_ = findMethod(type.get(), "<init>", descriptor);
   type_ = promote(type);
+}
+
+void registerNatives(const char* className, std::initializer_list<NativeMethod> methods) {
+  std::vector<JNINativeMethod> table;
+  table.reserve(methods.size());
+  for (const NativeMethod& method : methods) {
+    // Some versions of jni.h declare the texts as char*; they are only read.
+    table.push_back(
+        {const_cast<char*>(method.name), const_cast<char*>(method.descriptor), method.function});
+  }
+  const LocalRef<jclass> type = findClass(className);
+  const jint result =
+      environment()->RegisterNatives(type.get(), table.data(), static_cast<jint>(table.size()));
+  throwIfPending();
+  if (result != JNI_OK) {
+    throw std::runtime_error(std::string("natives of ") + className + " were refused");
+  }
 }
 
 }  // namespace zentrel::jni

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "platform/zentreljni/Exceptions.h"
-#include "platform/zentreljni/LocalRef.h"
+#include <initializer_list>
 
-/// Look-ups of managed names. Each throws PendingJavaException when the name is not there. Keep
-/// results in function-local statics: one look-up per process, tried again if it failed.
+#include "platform/zentreljni/Environment.h"
+
+/// Managed classes: look-ups of their members, registration of their natives. Each throws
+/// PendingJavaException when the name is not there. Keep results of look-ups in function-local
+/// statics: one per process, tried again if it failed.
 namespace zentrel::jni {
 
 /// The class, as a global reference for the life of the process.
@@ -31,5 +33,15 @@ class JavaConstructor {
   jmethodID constructor_;
   jclass type_;
 };
+
+/// A native of a managed class: its name, its descriptor, and the function that JNI calls.
+struct NativeMethod {
+  const char* name;
+  const char* descriptor;
+  void* function;
+};
+
+/// Registers natives on a managed class.
+void registerNatives(const char* className, std::initializer_list<NativeMethod> methods);
 
 }  // namespace zentrel::jni

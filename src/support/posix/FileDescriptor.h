@@ -1,6 +1,22 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <cerrno>
+#include <cstddef>
+
 namespace zentrel::vistabase::ardelivery {
+
+/// Makes a system call again for as long as a signal interrupts it.
+template <class Call>
+auto retryOnInterrupt(const Call& call) -> decltype(call()) {
+  for (;;) {
+    const auto result = call();
+    if (result != -1 || errno != EINTR) {
+      return result;
+    }
+  }
+}
 
 /// Owns an open POSIX file descriptor, or none (-1), and closes it when destroyed.
 class FileDescriptor {
@@ -19,5 +35,13 @@ class FileDescriptor {
  private:
   int descriptor_;
 };
+
+/// Reads until `count` bytes have arrived or the file ends, across interruptions and short reads.
+/// Returns the number of bytes read, or -1 after an error.
+ssize_t readFully(int descriptor, void* buffer, std::size_t count) noexcept;
+
+/// Writes until `count` bytes are written, across interruptions and short writes. Returns the
+/// number of bytes written, or -1 after an error.
+ssize_t writeFully(int descriptor, const void* buffer, std::size_t count) noexcept;
 
 }  // namespace zentrel::vistabase::ardelivery

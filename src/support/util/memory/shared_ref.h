@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "support/util/memory/null_report.h"
-#include "support/util/type_name.h"
+#include "support/util/memory/type_name.h"
 
 namespace quovix {
 

@@ -9,12 +9,11 @@
 
 #include "platform/zentreljni/Exceptions.h"
 #include "platform/zentreljni/HybridData.h"
-#include "platform/zentreljni/JByteArray.h"
-#include "platform/zentreljni/JString.h"
+#include "platform/zentreljni/ManagedData.h"
 
-namespace zentrel::jni {
+namespace zentrel::vistabase::ardelivery {
 
-/// How a native type crosses the border. A specialisation has
+/// How a native type crosses JNI. A specialisation has
 ///   Jni                   the JNI type
 ///   fromJni(value, name)  the native value of the argument of that name, or
 ///   toJni(value)          the JNI value of a result: a number or a LocalRef
@@ -41,45 +40,45 @@ template <>
 struct Convert<std::string> {
   using Jni = jstring;
   static std::string fromJni(Jni value, const char* name) {
-    requireNonNull(value, name);
-    return JString::toStdString(value);
+    jni::requireNonNull(value, name);
+    return jni::JString::toStdString(value);
   }
-  static LocalRef<jstring> toJni(const std::string& value) { return make_jstring(value); }
+  static jni::LocalRef<jstring> toJni(const std::string& value) { return jni::make_jstring(value); }
 };
 
 template <>
 struct Convert<std::vector<std::uint8_t>> {
   using Jni = jbyteArray;
   static std::vector<std::uint8_t> fromJni(Jni value, const char* name) {
-    requireNonNull(value, name);
-    return JByteArray::toVector(value);
+    jni::requireNonNull(value, name);
+    return jni::JByteArray::toVector(value);
   }
 };
 
 /// A result that is a managed object already.
 template <class T>
-struct Convert<LocalRef<T>> {
+struct Convert<jni::LocalRef<T>> {
   using Jni = T;
-  static LocalRef<T> toJni(LocalRef<T> value) noexcept { return value; }
+  static jni::LocalRef<T> toJni(jni::LocalRef<T> value) noexcept { return value; }
 };
 
 /// A new peer goes out inside a new HybridData.
 template <class Peer>
 struct Convert<std::unique_ptr<Peer>> {
   using Jni = jobject;
-  static LocalRef<jobject> toJni(std::unique_ptr<Peer> peer) {
-    return HybridData::own(std::move(peer));
+  static jni::LocalRef<jobject> toJni(std::unique_ptr<Peer> peer) {
+    return jni::HybridData::own(std::move(peer));
   }
 };
 
 /// A managed hybrid object comes in as its peer.
 template <class Peer>
-struct Convert<Peer, std::enable_if_t<std::is_base_of_v<HybridBase, Peer>>> {
+struct Convert<Peer, std::enable_if_t<std::is_base_of_v<jni::HybridBase, Peer>>> {
   using Jni = jobject;
   static Peer& fromJni(Jni value, const char* name) {
-    requireNonNull(value, name);
-    return peerOf<Peer>(value);
+    jni::requireNonNull(value, name);
+    return jni::peerOf<Peer>(value);
   }
 };
 
-}  // namespace zentrel::jni
+}  // namespace zentrel::vistabase::ardelivery

@@ -2,35 +2,24 @@
 
 #include <jni.h>
 
-#include <initializer_list>
 #include <tuple>
 #include <type_traits>
 #include <utility>
 
-#include "platform/zentreljni/Convert.h"
+#include "jni/Convert.h"
 #include "platform/zentreljni/Environment.h"
 #include "platform/zentreljni/Exceptions.h"
 
 /// Natives out of plain C++ functions. A table row names the managed method and the C++ function;
 /// the conversion of arguments and result, the search for the peer and the catch-all come with it:
 ///
-///   registerNatives("com/example/Counter", {
+///   jni::registerNatives("com/example/Counter", {
 ///       {"initHybrid", "(J)Lcom/zentrel/jni/HybridData;", native<&makeCounter, kStart>},
 ///       {"add", "(J)J", native<&Counter::add, kAmount>},
 ///   });
 ///
 /// After the function come the names of its arguments, as `constexpr char[]`.
-namespace zentrel::jni {
-
-struct NativeMethod {
-  const char* name;
-  const char* descriptor;
-  void* function;
-};
-
-/// Registers natives on a managed class; throws PendingJavaException when that fails.
-void registerNatives(const char* className, std::initializer_list<NativeMethod> methods);
-
+namespace zentrel::vistabase::ardelivery {
 namespace detail {
 
 template <class T>
@@ -39,11 +28,11 @@ using ConvertOf = Convert<std::decay_t<T>>;
 /// Runs the body of a native: no exception gets past here.
 template <class Result, class Body>
 Result runNative(JNIEnv* env, const Body& body) noexcept {
-  const JniEnvCacher cacher(env);
+  const jni::JniEnvCacher cacher(env);
   try {
     return body();
   } catch (...) {
-    translatePendingCppExceptionToJavaException();
+    jni::translatePendingCppExceptionToJavaException();
     return Result();
   }
 }
@@ -105,7 +94,7 @@ struct Native<Function, Result (Peer::*)(Arguments...), Names...> {
                       typename ConvertOf<Arguments>::Jni... values) noexcept {
     return runNative<JniType>(env, [&] {
       auto arguments = convertArguments<Arguments...>({values, Names}...);
-      Peer& peer = peerOf<Peer>(self);
+      Peer& peer = jni::peerOf<Peer>(self);
       return JniResult<Result>::of([&] {
         return std::apply(Function, std::tuple_cat(std::tie(peer), std::move(arguments)));
       });
@@ -121,4 +110,4 @@ template <auto Function, const char*... Names>
 void* const native =
     reinterpret_cast<void*>(&detail::Native<Function, decltype(Function), Names...>::call);
 
-}  // namespace zentrel::jni
+}  // namespace zentrel::vistabase::ardelivery

@@ -1,8 +1,8 @@
-#include "platform/zentreljni/Utf.h"
+#include "support/util/Utf.h"
 
 #include <cstddef>
 
-namespace zentrel::jni {
+namespace zentrel::vistabase::ardelivery {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
@@ -115,4 +115,4 @@ std::u16string utf8ToUtf16(std::string_view bytes) {
   return text;
 }
 
-}  // namespace zentrel::jni
+}  // namespace zentrel::vistabase::ardelivery

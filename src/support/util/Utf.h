@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace zentrel::jni {
+namespace zentrel::vistabase::ardelivery {
 
 /// UTF-16, as managed strings hold it, to UTF-8, as file names are written: a character beyond
 /// U+FFFF becomes four bytes, U+0000 one zero byte, and an unpaired surrogate the three bytes that
@@ -14,4 +14,4 @@ std::string utf16ToUtf8(std::u16string_view text);
 /// maximal beginning of a well-formed one, or a single byte) becomes U+FFFD.
 std::u16string utf8ToUtf16(std::string_view bytes);
 
-}  // namespace zentrel::jni
+}  // namespace zentrel::vistabase::ardelivery
