@@ -5,6 +5,8 @@
 #include <limits>
 
 #include "delivery/FileCache/CacheEvictor.h"
+#include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
+#include "tests/cpp/Mocks.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -44,6 +46,37 @@ TEST(CacheMetadata, wrapsSumsOfAnySizes) {
   metadata.setEntrySize("a", kMin);
   metadata.removeEntry("b");
   EXPECT_EQ(kMin, metadata.getTotalSize());
+}
+
+struct MockMetadata : ICacheMetadata {
+  MOCK_METHOD(std::int64_t, getTotalSize, (), (const, override));
+  MOCK_METHOD(void, lockEntry, (const std::string&), (override));
+  MOCK_METHOD(void, unlockEntry, (const std::string&), (override));
+  MOCK_METHOD(void, setEntrySize, (const std::string&, std::int64_t), (override));
+  MOCK_METHOD(void, touchEntry, (const std::string&), (override));
+  MOCK_METHOD(bool, hasEntry, (const std::string&), (const, override));
+  MOCK_METHOD(void, removeEntry, (const std::string&), (override));
+  MOCK_METHOD(void, clearEntries, (), (override));
+  MOCK_METHOD(Entries, getEntries, (), (const, override));
+};
+
+TEST(Synchronizer, treatsRecordsOfOneNameAlike) {
+  auto filesystem = std::make_shared<testing::NiceMock<MockFilesystem>>();
+  CacheMetadataFilesystemSynchronizer synchronizer(filesystem);
+  const Entries twice{{"a", {5, 1, false}}, {"b", {9, 2, false}}, {"a", {7, 2, false}}};
+  const struct {
+    Names names;
+    std::int64_t total;  // 0: as it was passed in.
+  } cases[] = {{{"a", "b"}, 0}, {{"a"}, 12}, {{"b", "c", ".d", "x"}, 10}, {{"a", "b", "c"}, 22}};
+  for (const auto& [names, total] : cases) {
+    auto metadata = std::make_unique<testing::NiceMock<MockMetadata>>();
+    ON_CALL(*metadata, getEntries).WillByDefault(testing::Return(twice));
+    ON_CALL(*filesystem, listDirectory).WillByDefault(testing::Return(names));
+    ON_CALL(*filesystem, getSize(Path("/r/c"))).WillByDefault(testing::Return(1));
+    const auto result = synchronizer.synchronize(std::move(metadata), "/r", {"x"});
+    EXPECT_EQ(total != 0, result.changed);
+    EXPECT_EQ(total, result.metadata->getTotalSize()) << testing::PrintToString(names);
+  }
 }
 
 TEST(CacheEvictor, choosesTheOldestUntilTheRestFits) {

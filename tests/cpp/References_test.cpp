@@ -46,7 +46,7 @@ TEST(References, reportMovedFromReferencesAndTheirMoveAssignmentOnly) {
   auto first = quovix::make_unique_ref<int>(1);
   auto second = std::move(first);
   EXPECT_EQ(1, *second);
-  quovix::shared_ref<const int> shared = quovix::make_shared_ref<int>(2);
+  quovix::shared_ref<const int> shared = std::make_unique<int>(2);
   const auto copy = shared;
   shared = quovix::make_shared_ref<int>(3);
   EXPECT_EQ(5, *shared + *copy);

@@ -31,9 +31,11 @@ TEST(SoftError, reportsWhateverTheArguments) {
 
 TEST(SoftError, isOneLineOnStandardErrorByDefault) {
   testing::internal::CaptureStderr();
-  printSoftError("file", "void f()", 7, Severity::Recoverable, "tessel", "a %s", "b\nc");
-  EXPECT_EQ("soft error [tessel, severity 1]: a b\\nc (file:7, void f())\n",
-            testing::internal::GetCapturedStderr());
+  printSoftError("file", "void f()", 7, Severity::Recoverable, "tessel", "a %s",
+                 "b\nc\r\x1B[2J\x7F\u009B2Jé");
+  EXPECT_EQ(
+      "soft error [tessel, severity 1]: a b\\nc\\r\\x1b[2J\\x7f\\xc2\\x9b2Jé (file:7, void f())\n",
+      testing::internal::GetCapturedStderr());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -8,6 +9,7 @@
 #include <atomic>
 #include <boost/filesystem/exception.hpp>
 #include <chrono>
+#include <limits>
 #include <thread>
 
 #include "delivery/Storage/FileIO.h"
@@ -103,6 +105,12 @@ TEST(FileIO, hasOneMessageForEveryFailure) {
   ::close(nextDescriptor);
   EXPECT_EQ(message, errorOf([&] { io.readFile(root / "gone"); }));
   EXPECT_EQ(message, errorOf([&] { io.readFile(root.path()); }));
+#ifndef __SANITIZE_ADDRESS__  // Which ends the program when there is no memory.
+  const int huge = ::memfd_create("huge", 0);
+  EXPECT_EQ(0, ::ftruncate(huge, std::numeric_limits<off_t>::max() / 4));
+  EXPECT_EQ(message, errorOf([&] { io.readFile("/proc/self/fd/" + std::to_string(huge)); }));
+  ::close(huge);
+#endif
   EXPECT_EQ(message, errorOf([&] { io.writeFile(root / "gone/file", "x"); }));
   EXPECT_EQ(message, errorOf([&] { io.writeFile("/dev/full", "x"); }));
   EXPECT_NO_THROW(io.writeFile("/dev/full", ""));

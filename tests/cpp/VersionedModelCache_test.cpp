@@ -105,6 +105,18 @@ TEST_F(VersionedModelCacheSequence, deletesOnlyWhatNoOtherVersionUses) {
   EXPECT_THAT(cache_->queryVersions(), ElementsAre(2));
 }
 
+TEST_F(VersionedModelCacheSequence, losesNoModelsOfAVersionThatIsThereTwice) {
+  expectLoad({{{1, {{"t", "a"}}}, {2, {}}, {1, {{"u", "b"}}}}});
+  expectLookUp("c");
+  expectStore({2, 1, 1});
+  EXPECT_TRUE(cache_->addModelIfInCache(1, {"t", "c"}));
+  expectLookUp("b");
+  EXPECT_EQ("/b", cache_->queryEntries(1).at(1));
+  EXPECT_CALL(*files_, remove("b"));
+  expectStore({2});
+  cache_->deleteVersion(1);
+}
+
 TEST_F(VersionedModelCacheSequence, keepsInMemoryWhatCouldNotBeWritten) {
   expectLookUp("versioned_index", false);
   expectLookUp("a");

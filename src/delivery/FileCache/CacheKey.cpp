@@ -54,6 +54,10 @@ std::string escapeKey(const std::string& key) {
   return name;
 }
 
+bool isRefused(const std::string& key) {
+  return whyRefused(escapeKey(key)) != nullptr;
+}
+
 std::string fileNameOf(const std::string& key) {
   std::string name = escapeKey(key);
   if (const char* const reason = whyRefused(name)) {

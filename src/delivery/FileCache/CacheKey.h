@@ -16,9 +16,12 @@ constexpr const char* kDamagedMetadataName = ".metadata.json.damaged";
 /// twice.
 std::string escapeKey(const std::string& key);
 
+/// Whether a key is not for a file: it would be the root itself, lie outside it, have its name cut
+/// short at a zero byte, or be one of the cache's own.
+bool isRefused(const std::string& key);
+
 /// As `escapeKey`, for a key that a caller gives. Throws std::runtime_error, which quotes the key
-/// and says why, when the file would be the root itself, lie outside it, have its name cut short at
-/// a zero byte, or be one of the cache's own.
+/// and says why, when it is refused.
 std::string fileNameOf(const std::string& key);
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -17,11 +17,17 @@ SynchronizationResult CacheMetadataFilesystemSynchronizer::synchronize(
     std::unique_ptr<ICacheMetadata> metadata, const boost::filesystem::path& root,
     const std::unordered_set<std::string>& ignoredNames) {
   auto entries = metadata->getEntries();
-  // Of the names, those without a record are to remain. A record whose name is not there is gone.
+  // Of the names, those without a record are to remain. A record whose name is not there is gone;
+  // two records of one name are alike in that.
   std::unordered_set<std::string> names = filesystem_->listDirectory(root);
-  const auto firstGone =
-      std::remove_if(entries.begin(), entries.end(),
-                     [&names](const auto& record) { return names.erase(record.first) == 0; });
+  std::unordered_set<std::string> recorded;
+  recorded.reserve(entries.size());
+  const auto isGone = [&names, &recorded](const auto& record) {
+    auto node = names.extract(record.first);
+    return node.empty() ? recorded.count(record.first) == 0
+                        : (recorded.insert(std::move(node)), false);
+  };
+  const auto firstGone = std::remove_if(entries.begin(), entries.end(), isGone);
 
   std::vector<std::pair<std::string, CacheMetadataEntry>> added;
   for (const std::string& name : names) {

@@ -118,7 +118,10 @@ std::vector<std::pair<std::string, FileCacheEntryMeta>> FileCacheImpl::getAllMet
 }
 
 IFileCache::MemContainsStatus FileCacheImpl::memContains(const std::string& key) {
-  const std::string name = fileNameOf(key);
+  if (isRefused(key)) {
+    return MemContainsStatus::Absent;  // A question, to which that is the answer: nothing failed.
+  }
+  const std::string name = escapeKey(key);
   ensureLoaded();
   if (!metadata_->hasEntry(name)) {
     return MemContainsStatus::Absent;

@@ -94,7 +94,13 @@ void VersionedModelCacheImpl::deleteVersion(int version) {
     for (const std::string& key : unsharedKeys(*record)) {
       fileCache_->remove(key);
     }
-    replaceDescriptor(descriptorWithout(version));
+    CacheDescriptor descriptor = *descriptor_;
+    auto& versions = descriptor.versions;
+    const auto isDeleted = [version](const VersionRecord& other) {
+      return other.version == version;
+    };
+    versions.erase(std::remove_if(versions.begin(), versions.end(), isDeleted), versions.end());
+    replaceDescriptor(std::move(descriptor));
   });
 }
 
@@ -142,16 +148,6 @@ const VersionRecord* VersionedModelCacheImpl::findVersion(int version) const {
   return nullptr;
 }
 
-CacheDescriptor VersionedModelCacheImpl::descriptorWithout(int version) const {
-  CacheDescriptor descriptor = *descriptor_;
-  auto& versions = descriptor.versions;
-  versions.erase(
-      std::remove_if(versions.begin(), versions.end(),
-                     [version](const VersionRecord& record) { return record.version == version; }),
-      versions.end());
-  return descriptor;
-}
-
 void VersionedModelCacheImpl::add(int version, const ModelRecord& model) {
   const VersionRecord* const existing = findVersion(version);
   VersionRecord record = existing == nullptr ? VersionRecord{version, {}} : *existing;
@@ -165,7 +161,12 @@ void VersionedModelCacheImpl::add(int version, const ModelRecord& model) {
   } else {
     sameType->cacheKey = model.cacheKey;
   }
-  CacheDescriptor descriptor = descriptorWithout(version);
+  CacheDescriptor descriptor = *descriptor_;
+  if (existing != nullptr) {
+    // This record alone: an index that holds the version twice loses nothing.
+    descriptor.versions.erase(descriptor.versions.begin() +
+                              (existing - descriptor_->versions.data()));
+  }
   descriptor.versions.push_back(std::move(record));
   replaceDescriptor(std::move(descriptor));
 }

@@ -55,7 +55,6 @@ class VersionedModelCacheImpl {
   void storeDescriptor(const CacheDescriptor& descriptor);
   void replaceDescriptor(CacheDescriptor descriptor);
   const VersionRecord* findVersion(int version) const;
-  CacheDescriptor descriptorWithout(int version) const;
   void add(int version, const ModelRecord& model);
   std::vector<std::string> unsharedKeys(const VersionRecord& record) const;
 

@@ -31,9 +31,7 @@ std::size_t initialBufferSize(off_t fileSize, std::size_t limit) {
   return static_cast<std::size_t>(fileSize) + 1;
 }
 
-}  // namespace
-
-std::string FileIO::readFile(const std::string& path) {
+std::string readWhole(const std::string& path) {
   const FileDescriptor file(
       retryOnInterrupt([&path] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC, kMode); }));
   struct stat status = {};
@@ -55,6 +53,16 @@ std::string FileIO::readFile(const std::string& path) {
       return content;
     }
     content.resize(content.size() + content.size() / 2);
+  }
+}
+
+}  // namespace
+
+std::string FileIO::readFile(const std::string& path) {
+  try {
+    return readWhole(path);
+  } catch (...) {  // Memory, for a huge file.
+    throwFailed();
   }
 }
 

@@ -6,18 +6,42 @@
 namespace softerror {
 namespace {
 
-/// A message may quote a whole file; a report stays one line all the same.
+/// How many bytes, at the beginning of the text, are a character that a terminal would obey rather
+/// than show: 1 for those of ASCII, 2 for U+0080 to U+009F in UTF-8, 0 for any other.
+int controlLength(const char* text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  if (first < 0x20 || first == 0x7F) {
+    return 1;
+  }
+  const auto second = static_cast<unsigned char>(text[1]);
+  return first == 0xC2 && second >= 0x80 && second < 0xA0 ? 2 : 0;
+}
+
+void appendEscaped(std::string& line, char byte) {
+  constexpr char digits[] = "0123456789abcdef";
+  const auto value = static_cast<unsigned char>(byte);
+  switch (byte) {
+    case '\n':
+      line += "\\n";
+      break;
+    case '\r':
+      line += "\\r";
+      break;
+    default:
+      line += {'\\', 'x', digits[value >> 4], digits[value & 0xF]};
+  }
+}
+
+/// A message may quote a whole file, or a name that anybody chose; a report stays one line of text
+/// all the same.
 void appendOnOneLine(std::string& line, const char* text) {
-  for (; *text != '\0'; ++text) {
-    switch (*text) {
-      case '\n':
-        line += "\\n";
-        break;
-      case '\r':
-        line += "\\r";
-        break;
-      default:
-        line += *text;
+  while (*text != '\0') {
+    int escaped = controlLength(text);
+    if (escaped == 0) {
+      line += *text++;
+    }
+    for (; escaped > 0; --escaped) {
+      appendEscaped(line, *text++);
     }
   }
 }

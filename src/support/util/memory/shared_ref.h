@@ -24,6 +24,11 @@ class shared_ref {
   /// Takes the place of a pointer.
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   shared_ref(std::shared_ptr<U> pointer) noexcept : pointer_(std::move(pointer)) {}
+  /// Takes the place of a pointer that is the only one.
+  template <
+      class U, class D,
+      class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, D>, std::shared_ptr<T>>>>
+  shared_ref(std::unique_ptr<U, D> pointer) : pointer_(std::move(pointer)) {}
   /// To a base of what the other refers to.
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   shared_ref(shared_ref<U> other) noexcept : pointer_(std::move(other.pointer_)) {}
