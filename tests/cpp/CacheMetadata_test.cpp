@@ -2,11 +2,15 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <limits>
 
 #include "delivery/FileCache/CacheEvictor.h"
 #include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
-#include "tests/cpp/Mocks.h"
+#include "delivery/FileCache/CacheMetadataSerializer.h"
+#include "delivery/Storage/FilesystemOperations.h"
+#include "tests/cpp/Errors.h"
+#include "tests/cpp/TemporaryDirectory.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -48,35 +52,48 @@ TEST(CacheMetadata, wrapsSumsOfAnySizes) {
   EXPECT_EQ(kMin, metadata.getTotalSize());
 }
 
-struct MockMetadata : ICacheMetadata {
-  MOCK_METHOD(std::int64_t, getTotalSize, (), (const, override));
-  MOCK_METHOD(void, lockEntry, (const std::string&), (override));
-  MOCK_METHOD(void, unlockEntry, (const std::string&), (override));
-  MOCK_METHOD(void, setEntrySize, (const std::string&, std::int64_t), (override));
-  MOCK_METHOD(void, touchEntry, (const std::string&), (override));
-  MOCK_METHOD(bool, hasEntry, (const std::string&), (const, override));
-  MOCK_METHOD(void, removeEntry, (const std::string&), (override));
-  MOCK_METHOD(void, clearEntries, (), (override));
-  MOCK_METHOD(Entries, getEntries, (), (const, override));
+/// What a replacement of CacheMetadata may be like: no more than its records.
+struct OtherMetadata : ICacheMetadata {
+  explicit OtherMetadata(std::function<Entries()> records) : getRecords(std::move(records)) {}
+  std::int64_t getTotalSize() const override { return 0; }
+  void lockEntry(const std::string&) override {}
+  void unlockEntry(const std::string&) override {}
+  void setEntrySize(const std::string&, std::int64_t) override {}
+  void touchEntry(const std::string&) override {}
+  bool hasEntry(const std::string&) const override { return true; }
+  void removeEntry(const std::string&) override {}
+  void clearEntries() override {}
+  Entries getEntries() const override { return getRecords(); }
+  std::function<Entries()> getRecords;
 };
 
-TEST(Synchronizer, treatsRecordsOfOneNameAlike) {
-  auto filesystem = std::make_shared<testing::NiceMock<MockFilesystem>>();
-  CacheMetadataFilesystemSynchronizer synchronizer(filesystem);
+TEST(OtherMetadata, mayHaveTwoRecordsOfOneNameThatAreSynchronizedAlike) {
   const Entries twice{{"a", {5, 1, false}}, {"b", {9, 2, false}}, {"a", {7, 2, false}}};
   const struct {
-    Names names;
+    std::vector<std::string> names;
     std::int64_t total;  // 0: as it was passed in.
   } cases[] = {{{"a", "b"}, 0}, {{"a"}, 12}, {{"b", "c", ".d", "x"}, 10}, {{"a", "b", "c"}, 22}};
   for (const auto& [names, total] : cases) {
-    auto metadata = std::make_unique<testing::NiceMock<MockMetadata>>();
-    ON_CALL(*metadata, getEntries).WillByDefault(testing::Return(twice));
-    ON_CALL(*filesystem, listDirectory).WillByDefault(testing::Return(names));
-    ON_CALL(*filesystem, getSize(Path("/r/c"))).WillByDefault(testing::Return(1));
-    const auto result = synchronizer.synchronize(std::move(metadata), "/r", {"x"});
+    const TemporaryDirectory root;
+    for (const std::string& name : names) {
+      root.write(name, "1");
+    }
+    CacheMetadataFilesystemSynchronizer synchronizer(std::make_shared<FilesystemOperations>());
+    const auto result = synchronizer.synchronize(
+        std::make_unique<OtherMetadata>([&] { return twice; }), root.path(), {"x"});
     EXPECT_EQ(total != 0, result.changed);
     EXPECT_EQ(total, result.metadata->getTotalSize()) << testing::PrintToString(names);
   }
+}
+
+TEST(OtherMetadata, mayFailToBeSerialized) {
+  const auto errorOfSerializing = [](std::function<Entries()> records) {
+    return errorOf([&] { CacheMetadataSerializer().serialize(OtherMetadata(records)); });
+  };
+  EXPECT_EQ("Serializing the cache metadata failed with exception: x",
+            errorOfSerializing([]() -> Entries { throw std::runtime_error("x"); }));
+  EXPECT_EQ("Serializing the cache descriptor failed",
+            errorOfSerializing([]() -> Entries { throw 1; }));
 }
 
 TEST(CacheEvictor, choosesTheOldestUntilTheRestFits) {

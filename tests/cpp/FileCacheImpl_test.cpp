@@ -1,120 +1,70 @@
 #include "delivery/FileCache/FileCacheImpl.h"
 
-#include "delivery/FileCache/CacheMetadata.h"
-#include "tests/cpp/Mocks.h"
-#include "tests/cpp/Operations.h"
+#include <gtest/gtest.h>
+
+#include "tests/cpp/Errors.h"
+#include "tests/cpp/FileCacheCalls.h"
+#include "tests/cpp/ObservedStorage.h"
+#include "tests/cpp/TemporaryDirectory.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-using testing::_;
-using testing::InSequence;
-using testing::Return;
-using testing::StrictMock;
-using testing::Throw;
+constexpr const char* kReload = "isFile metadata.json, readFile metadata.json, listDirectory .";
+constexpr const char* kSave = ", createDirectories ., writeFile metadata.json";
 
-/// A cache over "/r" made of mocks alone: each test tells the whole sequence of calls.
-class FileCacheSequence : public testing::Test {
+/// The entries "k%:" and "dir", with extra bytes, and metadata that is as it should be.
+class FileCacheImplTest : public testing::Test {
  protected:
-  template <class Mock>
-  std::unique_ptr<Mock> keep(Mock*& mock) {
-    auto owner = std::make_unique<Mock>();
-    mock = owner.get();
-    return owner;
+  void SetUp() override {
+    root_.write("k%:", "12345");
+    root_.write("dir/file", "1");
+    root_.write("extra/k%:", "extra");
+    root_.write("metadata.json", R"({"entries":[{"key":"k%:","size":5,"lastAccess":1},)"
+                                 R"({"key":"dir","size":1,"lastAccess":2}]})");
   }
 
-  void expectReload(std::vector<std::pair<std::string, CacheMetadataEntry>> records,
-                    bool changed = false) {
-    EXPECT_CALL(*filesystem_, isFile(Path("/r/metadata.json"))).WillOnce(Return(true));
-    EXPECT_CALL(*io_, readFile("/r/metadata.json")).WillOnce(Return("stored"));
-    EXPECT_CALL(*serializer_, deserialize("stored")).WillOnce([](const std::string&) {
-      return quovix::make_unique_ref<CacheMetadata>();
-    });
-    EXPECT_CALL(*synchronizer_, synchronize(_, Path("/r"), Names{"metadata.json", "extra"}))
-        .WillOnce([records, changed](auto&&...) {
-          return SynchronizationResult{std::make_unique<CacheMetadata>(records), changed};
-        });
-    if (changed) {
-      expectSave();
-    }
-  }
-
-  void expectSave() {
-    EXPECT_CALL(*filesystem_, createDirectories(Path("/r"))).WillOnce(Return(false));
-    EXPECT_CALL(*serializer_, serialize(_)).WillOnce(Return("saved"));
-    EXPECT_CALL(*io_, writeFile("/r/metadata.json", "saved"));
-  }
-
-  void expectRemoval(const std::string& name, bool isFile, bool removed) {
-    EXPECT_CALL(*filesystem_, isFile(Path("/r/" + name))).WillOnce(Return(isFile));
-    if (isFile) {
-      EXPECT_CALL(*filesystem_, remove(Path("/r/" + name))).WillOnce(Return(removed));
-    } else {
-      EXPECT_CALL(*filesystem_, removeAll(Path("/r/" + name))).WillOnce(Return(removed));
-    }
-    if (removed) {
-      EXPECT_CALL(*filesystem_, exists(Path("/r/extra"))).WillOnce(Return(true));
-      EXPECT_CALL(*filesystem_, remove(Path("/r/extra/" + name))).WillOnce(Return(false));
-    }
-  }
-
-  const InSequence sequence_;
-  StrictMock<MockFileIO>* io_;
-  StrictMock<MockSerializer>* serializer_;
-  StrictMock<MockSynchronizer>* synchronizer_;
-  std::shared_ptr<StrictMock<MockFilesystem>> filesystem_ =
-      std::make_shared<StrictMock<MockFilesystem>>();
-  StrictMock<MockEvictor>* evictor_;
-  FileCacheImpl cache_{"/r",        keep(io_),     keep(serializer_), keep(synchronizer_),
-                       filesystem_, keep(evictor_)};
+  TemporaryDirectory root_;
+  Observer observer_{root_.path()};
 };
 
-TEST_F(FileCacheSequence, insertAndLockReloadsFirstAndSavesNothing) {
-  expectReload({});
-  EXPECT_CALL(*filesystem_, createDirectories(Path("/r"))).WillOnce(Return(true));
-  EXPECT_CALL(*filesystem_, exists(Path("/r/extra"))).WillOnce(Return(true));
-  EXPECT_CALL(*filesystem_, remove(Path("/r/extra/a%:b"))).WillOnce(Return(true));
-  EXPECT_EQ("/r/a%:b", cache_.insertAndLock("a:b")->path);
+TEST_F(FileCacheImplTest, callsTheStorageInThisOrder) {
+  const std::string reload = kReload, save = kSave;
+  const std::string expected[] = {
+      reload + ", createDirectories ., exists extra, remove extra/k%:",
+      "getSize k%:, " + reload + save,
+      reload + save,
+      reload + save,
+      reload + ", exists k%:" + save,
+      "exists k%:",
+      reload + ", createDirectories extra, writeFile extra/k%:",
+      reload + ", exists extra, isFile extra/dir, isFile extra/k%:, readFile extra/k%:",
+      reload,
+      reload + ", isFile k%:, remove k%:, exists extra, remove extra/k%:" + save,
+      reload,
+      reload + ", removeAll .",
+      "",
+  };
+  static_assert(std::size(expected) == std::size(kFileCacheCalls));
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    SetUp();
+    kFileCacheCalls[i].call(*observedCache(root_.path(), 6, observer_), "k:");
+    EXPECT_EQ(expected[i], observer_.takeCalls()) << kFileCacheCalls[i].signature;
+  }
 }
 
-TEST_F(FileCacheSequence, commitMeasuresThenEscapesTheNameOnceMore) {
-  EXPECT_CALL(*filesystem_, getSize(Path("/r/a%:b"))).WillOnce(Return(9));
-  expectReload({{"a%:b", {1, 1, false}}, {"a%%:b", {2, 2, false}}});
-  EXPECT_CALL(*evictor_, selectKeysToEvict(_)).WillOnce([](const ICacheMetadata& metadata) {
-    EXPECT_EQ(10, metadata.getTotalSize()) << "9 for the name that was escaped twice";
-    return std::vector<std::string>();
-  });
-  expectSave();
-  cache_.commit("a:b");
+TEST_F(FileCacheImplTest, reloadsForEachEvictionAndSavesWhatTheLastReloadGave) {
+  const std::string reload = kReload, save = kSave;
+  root_.write("new", "");
+  observedCache(root_.path(), 100, observer_)->commit("dir", 100);
+  EXPECT_EQ(reload + ", getSize new" + save + ", " + reload + ", isFile new, remove new" +
+                ", exists extra, remove extra/new, " + reload + save +
+                ", isFile k%%:, removeAll k%%:" + save,
+            observer_.takeCalls());
+  EXPECT_NE(std::string::npos, root_.read("metadata.json").find(R"("dir","size":1,)")) << "not 100";
 }
 
-TEST_F(FileCacheSequence, commitReloadsForEachEvictionAndSavesWhatTheLastReloadGave) {
-  expectReload({{"k", {1, 1, false}}}, true);
-  EXPECT_CALL(*evictor_, selectKeysToEvict(_))
-      .WillOnce(Return(std::vector<std::string>{"old", "dir"}));
-  expectReload({});
-  expectRemoval("old", true, true);
-  expectReload({{"k", {7, 1, false}}});
-  expectRemoval("dir", false, false);
-  EXPECT_CALL(*filesystem_, createDirectories(Path("/r")));
-  EXPECT_CALL(*serializer_, serialize(_)).WillOnce([](const ICacheMetadata& metadata) {
-    EXPECT_EQ(7, metadata.getTotalSize()) << "not the 100 that was committed";
-    return "saved";
-  });
-  EXPECT_CALL(*io_, writeFile("/r/metadata.json", "saved"));
-  cache_.commit("k", 100);
-}
-
-TEST_F(FileCacheSequence, lookUpsReloadUnlessTheyDoNotPromote) {
-  EXPECT_CALL(*filesystem_, exists(Path("/r/k"))).WillOnce(Return(true));
-  EXPECT_EQ("/r/k", cache_.getCacheEntryWithoutPromotion("k")->path);
-  expectReload({{"k", {1, 1, false}}});
-  EXPECT_CALL(*filesystem_, exists(Path("/r/k"))).WillOnce(Return(true));
-  expectSave();
-  EXPECT_EQ("/r/k", cache_.getCacheEntry("k")->path);
-}
-
-TEST_F(FileCacheSequence, keysThatAreNotForFilesAreRefusedBeforeAnythingIsCalled) {
+TEST_F(FileCacheImplTest, refusesKeysThatAreNotForFilesBeforeAnythingIsCalled) {
   const std::string root = "its file would be the root itself";
   const std::string own = "its file would be one of the cache's own";
   const struct {
@@ -129,25 +79,19 @@ TEST_F(FileCacheSequence, keysThatAreNotForFilesAreRefusedBeforeAnythingIsCalled
       {"metadata.json", "metadata.json", own},
       {"extra", "extra", own},
   };
+  const auto cache = observedCache(root_.path(), 0, observer_);
   for (const auto& [key, quoted, reason] : cases) {
-    for (const Operation& operation : kOperations) {
-      if (operation.signature.find("string") != std::string::npos) {
-        try {
-          operation.call(cache_, key);
-          EXPECT_EQ("memContains", operation.label) << quoted;
-        } catch (const std::runtime_error& error) {
-          EXPECT_EQ("Refused the key '" + quoted + "': " + reason, error.what());
-        }
+    for (const FileCacheCall& operation : kFileCacheCalls) {
+      if (operation.takesKey()) {
+        const std::string refusal = "Refused the key '" + quoted + "': " + reason;
+        EXPECT_EQ(operation.label == "memContains" ? "no error" : refusal,
+                  errorOf([&, &key = key] { operation.call(*cache, key); }))
+            << operation.signature;
       }
     }
-    EXPECT_EQ(IFileCache::MemContainsStatus::Absent, cache_.memContains(key));
+    EXPECT_EQ(IFileCache::MemContainsStatus::Absent, cache->memContains(key));
   }
-}
-
-TEST_F(FileCacheSequence, aFailurePassesThroughAndEndsTheOperation) {
-  expectReload({});
-  EXPECT_CALL(*filesystem_, createDirectories(_)).WillOnce(Throw(std::runtime_error("full")));
-  EXPECT_THROW(cache_.unlock("k"), std::runtime_error);
+  EXPECT_EQ("", observer_.takeCalls());
 }
 
 }  // namespace

@@ -1,141 +1,134 @@
 #include "delivery/ModelCache/VersionedModelCacheImpl.h"
 
-#include "tests/cpp/Mocks.h"
+#include <gmock/gmock.h>
+
+#include "delivery/FileCache/createFileCache.h"
+#include "delivery/ModelCache/CacheDescriptorSerializer.h"
+#include "tests/cpp/Errors.h"
+#include "tests/cpp/ObservedStorage.h"
+#include "tests/cpp/SoftErrorRecorder.h"
+#include "tests/cpp/TemporaryDirectory.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-using testing::_;
 using testing::ElementsAre;
-using testing::InSequence;
+using testing::IsEmpty;
 using testing::Pair;
-using testing::Return;
-using testing::StrictMock;
-using testing::Throw;
 using testing::UnorderedElementsAre;
 
-std::shared_ptr<FileCacheEntry> entryAt(const std::string& path) {
-  return std::make_shared<FileCacheEntry>(FileCacheEntry{path});
-}
+constexpr const char* kIndex = "versioned_index";
 
-/// A versioned cache of mocks alone: each test tells the whole sequence of calls.
-class VersionedModelCacheSequence : public testing::Test {
+/// A versioned cache over files "a", "b", "c" and "d".
+class VersionedModelCacheTest : public testing::Test {
  protected:
-  VersionedModelCacheSequence() {
-    auto io = std::make_unique<StrictMock<MockFileIO>>();
-    auto serializer = std::make_unique<StrictMock<MockDescriptorSerializer>>();
-    io_ = io.get();
-    serializer_ = serializer.get();
-    cache_ = std::make_unique<VersionedModelCacheImpl>(
-        std::move(io), std::move(serializer), files_,
+  VersionedModelCacheTest() {
+    for (const char* name : {"a", "b", "c", "d"}) {
+      root_.write(name, "");
+    }
+  }
+
+  std::unique_ptr<VersionedModelCacheImpl> open() {
+    return std::make_unique<VersionedModelCacheImpl>(
+        std::make_unique<ObservedFileIO>(observer_), std::make_unique<CacheDescriptorSerializer>(),
+        std::make_shared<ObservedFileCache>(observer_, createFileCache(root_.path(), 1000)),
         std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}}));
   }
-
-  void expectLoad(CacheDescriptor descriptor) {
-    EXPECT_CALL(*files_, getCacheEntry("versioned_index")).WillOnce(Return(entryAt("/i")));
-    EXPECT_CALL(*io_, readFile("/i")).WillOnce(Return("stored"));
-    EXPECT_CALL(*serializer_, deserialize("stored")).WillOnce([descriptor](const std::string&) {
-      return std::make_unique<CacheDescriptor>(descriptor);
-    });
+  /// Has the index hold these versions.
+  void store(const CacheDescriptor& descriptor) {
+    root_.write(kIndex, CacheDescriptorSerializer().serialize(descriptor));
   }
-  void expectStore(const std::vector<int>& versions) {
-    EXPECT_CALL(*files_, getCacheEntry("versioned_index")).WillOnce(Return(entryAt("/i")));
-    EXPECT_CALL(*serializer_, serialize(_)).WillOnce([versions](const CacheDescriptor& descriptor) {
-      std::vector<int> stored;
-      for (const VersionRecord& record : descriptor.versions) {
-        stored.push_back(record.version);
+  /// The index, shortly: "1: t=a u=b; 2: t=a; "
+  std::string stored() {
+    std::string text;
+    for (const auto& version :
+         CacheDescriptorSerializer().deserialize(root_.read(kIndex))->versions) {
+      text += std::to_string(version.version) + ":";
+      for (const auto& model : version.models) {
+        text += " " + model.type + "=" + model.cacheKey;
       }
-      EXPECT_EQ(versions, stored);
-      return "text";
-    });
-    EXPECT_CALL(*io_, writeFile("/i", "text"));
-    EXPECT_CALL(*files_, unlock("versioned_index"));
-  }
-  void expectLookUp(const std::string& key, bool found = true) {
-    EXPECT_CALL(*files_, getCacheEntry(key)).WillOnce(Return(found ? entryAt("/" + key) : nullptr));
+      text += "; ";
+    }
+    return text;
   }
 
-  const InSequence sequence_;
-  StrictMock<MockFileIO>* io_;
-  StrictMock<MockDescriptorSerializer>* serializer_;
-  std::shared_ptr<StrictMock<MockFileCache>> files_ = std::make_shared<StrictMock<MockFileCache>>();
-  std::unique_ptr<VersionedModelCacheImpl> cache_;
+  TemporaryDirectory root_;
+  Observer observer_{root_.path()};
+  std::unique_ptr<VersionedModelCacheImpl> cache_ = open();
 };
 
-TEST_F(VersionedModelCacheSequence, insertsTheIndexOnceAndWritesOnlyChanges) {
-  expectLookUp("versioned_index", false);
-  EXPECT_THAT(cache_->queryVersions(), ElementsAre());
-  expectLookUp("a", false);
-  EXPECT_FALSE(cache_->addModelIfInCache(1, {"t", "a"}));
-
-  expectLookUp("a");
-  expectLookUp("versioned_index", false);
-  EXPECT_CALL(*files_, insertAndLock("versioned_index")).WillOnce(Return(entryAt("/new")));
-  EXPECT_CALL(*serializer_, serialize(_)).WillOnce(Return("text"));
-  EXPECT_CALL(*io_, writeFile("/new", "text"));
-  EXPECT_CALL(*files_, unlock("versioned_index"));
-  EXPECT_TRUE(cache_->addModelIfInCache(1, {"t", "a"}));
-  expectLookUp("a");
-  EXPECT_TRUE(cache_->addModelIfInCache(1, {"t", "a"})) << "and nothing is written";
-}
-
-TEST_F(VersionedModelCacheSequence, movesTheChangedVersionToTheEndAndPromotesWhatItFinds) {
-  expectLoad({{{1, {{"t", "a"}, {"u", "b"}}}, {2, {{"t", "a"}}}}});
-  expectLookUp("c");
-  expectStore({2, 1});
-  EXPECT_TRUE(cache_->addModelIfInCache(1, {"t", "c"}));
-  EXPECT_THAT(cache_->queryVersions(), ElementsAre(2, 1));
-  for (const bool isThere : {true, false}) {
-    expectLookUp("c");
-    expectLookUp("b", isThere);
-    const ModelEntries entries = cache_->queryEntries(1);
-    EXPECT_EQ(isThere, entries.count(1) == 1);
-    EXPECT_EQ("/c", entries.at(0));
+TEST_F(VersionedModelCacheTest, callsTheFileCacheInThisOrderAndWritesOnlyChanges) {
+  const std::string lookUp = "getCacheEntry versioned_index";
+  const std::string write = lookUp + ", writeFile versioned_index, unlock versioned_index";
+  const std::string insert = lookUp +
+                             ", insertAndLock versioned_index, writeFile versioned_index"
+                             ", unlock versioned_index";
+  const auto add = [this](int version, const char* type, const char* key) {
+    return [=] { cache_->addModelIfInCache(version, {type, key}); };
+  };
+  const struct {
+    std::function<void()> call;
+    std::string calls, stored;
+  } steps[] = {
+      {[&] { EXPECT_THAT(cache_->queryVersions(), IsEmpty()); }, lookUp, ""},
+      {add(1, "t", "gone"), "getCacheEntry gone", ""},
+      {add(1, "t", "a"), "getCacheEntry a, " + insert, "1: t=a; "},
+      {add(1, "t", "a"), "getCacheEntry a", "1: t=a; "},
+      {add(1, "u", "b"), "getCacheEntry b, " + write, "1: t=a u=b; "},
+      {add(2, "u", "b"), "getCacheEntry b, " + write, "1: t=a u=b; 2: u=b; "},
+      {add(1, "t", "c"), "getCacheEntry c, " + write, "2: u=b; 1: t=c u=b; "},
+      {[&] { cache_->queryEntries(3); }, "", "2: u=b; 1: t=c u=b; "},
+      {[&] { cache_->queryEntries(1); }, "getCacheEntry c, getCacheEntry b",
+       "2: u=b; 1: t=c u=b; "},
+      {[&] { cache_->deleteVersion(7); }, "", "2: u=b; 1: t=c u=b; "},
+      {[&] { cache_->deleteVersion(1); }, "remove c, " + write, "2: u=b; "},
+      {[&] { (cache_ = open())->deleteVersion(2); },
+       lookUp + ", readFile versioned_index, remove b, " + write, ""},
+  };
+  for (const auto& [call, calls, expected] : steps) {
+    call();
+    EXPECT_EQ(calls, observer_.takeCalls());
+    EXPECT_EQ(expected, stored()) << calls;
   }
-  EXPECT_TRUE(cache_->queryEntries(3).empty());
 }
 
-TEST_F(VersionedModelCacheSequence, deletesOnlyWhatNoOtherVersionUses) {
-  expectLoad({{{1, {{"t", "a"}, {"u", "b"}, {"v", "c"}}}, {2, {{"u", "b"}}}}});
-  cache_->deleteVersion(7);
-  EXPECT_CALL(*files_, remove("a")).WillOnce(Return(false));
-  EXPECT_CALL(*files_, remove("c")).WillOnce(Return(true));
-  expectStore({2});
-  cache_->deleteVersion(1);
-  EXPECT_THAT(cache_->queryVersions(), ElementsAre(2));
+TEST_F(VersionedModelCacheTest, answersWithTheFilesThatAreThere) {
+  store({{{1, {{"t", "a"}, {"u", "b"}}}}});
+  EXPECT_THAT(cache_->queryVersions(), ElementsAre(1));
+  EXPECT_THAT(cache_->queryEntries(1),
+              UnorderedElementsAre(Pair(0, root_ / "a"), Pair(1, root_ / "b")));
+  std::filesystem::remove(root_ / "b");
+  EXPECT_THAT(cache_->queryEntries(1), ElementsAre(Pair(0, root_ / "a")));
+  EXPECT_THAT(cache_->queryEntries(2), IsEmpty());
 }
 
-TEST_F(VersionedModelCacheSequence, losesNoModelsOfAVersionThatIsThereTwice) {
-  expectLoad({{{1, {{"t", "a"}}}, {2, {}}, {1, {{"u", "b"}}}}});
-  expectLookUp("c");
-  expectStore({2, 1, 1});
+TEST_F(VersionedModelCacheTest, losesNoModelsOfAVersionThatIsThereTwice) {
+  store({{{1, {{"t", "a"}}}, {2, {}}, {1, {{"u", "b"}}}}});
   EXPECT_TRUE(cache_->addModelIfInCache(1, {"t", "c"}));
-  expectLookUp("b");
-  EXPECT_EQ("/b", cache_->queryEntries(1).at(1));
-  EXPECT_CALL(*files_, remove("b"));
-  expectStore({2});
+  EXPECT_EQ("2:; 1: u=b; 1: t=c; ", stored());
+  EXPECT_THAT(cache_->queryEntries(1), ElementsAre(Pair(1, root_ / "b")));
   cache_->deleteVersion(1);
+  EXPECT_EQ("2:; ", stored());
 }
 
-TEST_F(VersionedModelCacheSequence, keepsInMemoryWhatCouldNotBeWritten) {
-  expectLookUp("versioned_index", false);
-  expectLookUp("a");
-  expectLookUp("versioned_index", false);
-  EXPECT_CALL(*files_, insertAndLock("versioned_index")).WillOnce(Return(nullptr));
-  try {
-    cache_->addModelIfInCache(1, {"t", "a"});
-    ADD_FAILURE();
-  } catch (const std::runtime_error& error) {
-    EXPECT_STREQ(
-        "Could not add model into the cache: Could not insert the index key into the cache.",
-        error.what());
-  }
-  expectLookUp("b");
-  expectStore({1, 2});
+TEST_F(VersionedModelCacheTest, keepsInMemoryWhatCouldNotBeWritten) {
+  const SoftErrorRecorder recorder;
+  observer_.hook = [this](const std::string& operation) {
+    if (operation == "insertAndLock") {
+      root_.write("metadata.json", "damaged");
+    }
+  };
+  EXPECT_EQ("Could not add model into the cache: Could not insert the index key into the cache.",
+            errorOf([&] {
+              cache_->addModelIfInCache(1, {"t", "a"});
+            }));
+  std::filesystem::remove(root_ / "metadata.json");
+  observer_.hook = [](auto&) {};
   EXPECT_TRUE(cache_->addModelIfInCache(2, {"t", "b"}));
+  EXPECT_EQ("1: t=a; 2: t=b; ", stored());
 }
 
-TEST_F(VersionedModelCacheSequence, prefixesWhateverFailsAndTriesAFailedLoadAgain) {
+TEST_F(VersionedModelCacheTest, prefixesWhateverFailsAndTriesAFailedLoadAgain) {
   const struct {
     std::function<void()> call;
     std::string withText, unknown;
@@ -152,27 +145,16 @@ TEST_F(VersionedModelCacheSequence, prefixesWhateverFailsAndTriesAFailedLoadAgai
       {[&] { cache_->deleteVersion(-5); }, "Could not delete version: -5 with exception: x",
        "Could not delete version: -5 unknown exception: "},
   };
+  store({{{1, {{"foreign", "a"}}}}});
   for (const auto& [call, withText, unknown] : cases) {
-    for (const bool known : {true, false}) {
-      EXPECT_CALL(*files_, getCacheEntry("versioned_index")).WillOnce([known = known](auto&&) {
-        return known ? throw std::runtime_error("x") : throw 1, nullptr;
-      });
-      try {
-        call();
-        ADD_FAILURE() << withText;
-      } catch (const std::runtime_error& error) {
-        EXPECT_EQ(known ? withText : unknown, error.what());
-      }
-    }
+    observer_.hook = [](auto&) { throw std::runtime_error("x"); };
+    EXPECT_EQ(withText, errorOf(call));
+    observer_.hook = [](auto&) { throw 1; };
+    EXPECT_EQ(unknown, errorOf(call));
   }
-  expectLoad({{{1, {{"foreign", "a"}}}}});
-  expectLookUp("a");
-  try {
-    cache_->queryEntries(1);
-    ADD_FAILURE();
-  } catch (const std::runtime_error& error) {
-    EXPECT_STREQ("Could not query entries: Could not deserialize type: foreign", error.what());
-  }
+  observer_.hook = [](auto&) {};
+  EXPECT_EQ("Could not query entries: Could not deserialize type: foreign",
+            errorOf([&] { cache_->queryEntries(1); }));
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <sys/resource.h>
 
 #include "delivery/FileCache/createFileCache.h"
-#include "tests/cpp/Operations.h"
+#include "tests/cpp/FileCacheCalls.h"
 #include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 
@@ -108,7 +108,7 @@ TEST(Trouble, aNameTooLongForAFileIsReportedAndHarmless) {
   const TemporaryDirectory root;
   root.write("k", "1");
   const auto cache = createFileCache(root.path(), 0);
-  for (const Operation& operation : kOperations) {
+  for (const FileCacheCall& operation : kFileCacheCalls) {
     if (operation.signature.find("getCacheEntry") == 0 || operation.label == "remove") {
       const SoftErrorRecorder recorder;
       EXPECT_TRUE(operation.call(*cache, std::string(300, 'x')));

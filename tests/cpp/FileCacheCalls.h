@@ -7,14 +7,16 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// An operation of the file cache: the beginning and the end of its signature, the name that its
-/// reports use, and a call that tells whether the result was the neutral one.
-struct Operation {
+/// A call of the file cache: the beginning and the end of its signature, the name that its reports
+/// use, and the call itself, which tells whether the result was the neutral one.
+struct FileCacheCall {
   std::string result, signature, label;
-  std::function<bool(IFileCache&, const std::string&)> call;
+  std::function<bool(IFileCache&, const std::string& key)> call;
+
+  bool takesKey() const { return signature.find("string") != std::string::npos; }
 };
 
-inline const Operation kOperations[] = {
+inline const FileCacheCall kFileCacheCalls[] = {
     {"std::shared_ptr<FileCacheEntry>", "insertAndLock(const std::string &)", "insertAndLock",
      [](IFileCache& cache, auto& key) { return !cache.insertAndLock(key); }},
     {"void", "commit(const std::string &)", "commit",
