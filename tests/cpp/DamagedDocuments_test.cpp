@@ -61,7 +61,7 @@ void damage(const std::string& document, const std::vector<std::string>& values)
   read<Serializer>(document + document);
 }
 
-TEST(Damage, givesTheRequiredMessageOrAValidDocument) {
+TEST(DamagedDocuments, givesTheRequiredMessageOrAValidDocument) {
   damage<CacheMetadataSerializer>(
       R"({"entries":[{"key":"a","size":9223372036854775807,"lastAccess":1},)"
       R"({"key":"b","size":5,"lastAccess":1700000000000},{"key":"b","size":5,"size":6,"lastAccess":2}]})",

@@ -67,7 +67,7 @@ TEST_F(SmallDisk, mayBecomeReadOnly) {
   EXPECT_EQ(1u, recorder_.records().size());
 }
 
-TEST(Trouble, writesStopAtTheFileSizeLimitAndGoOnWithoutIt) {
+TEST(HostileDisk, writesStopAtTheFileSizeLimitAndGoOnWithoutIt) {
   const TemporaryDirectory root;
   const SoftErrorRecorder recorder;
   const auto cache = createFileCache(root.path(), 1000);
@@ -91,7 +91,7 @@ TEST(Trouble, writesStopAtTheFileSizeLimitAndGoOnWithoutIt) {
   EXPECT_TRUE(cache->updateExtra("k", BytesVector(11)));
 }
 
-TEST(Trouble, aRootMayGoAndComeBackUnderALivingCache) {
+TEST(HostileDisk, aRootMayGoAndComeBackUnderALivingCache) {
   const TemporaryDirectory root;
   const auto cache = createFileCache(root.path(), 1000);
   for (int round = 0; round < 3; ++round) {
@@ -104,7 +104,7 @@ TEST(Trouble, aRootMayGoAndComeBackUnderALivingCache) {
   }
 }
 
-TEST(Trouble, aNameTooLongForAFileIsReportedAndHarmless) {
+TEST(HostileDisk, aNameTooLongForAFileIsReportedAndHarmless) {
   const TemporaryDirectory root;
   root.write("k", "1");
   const auto cache = createFileCache(root.path(), 0);
@@ -119,7 +119,7 @@ TEST(Trouble, aNameTooLongForAFileIsReportedAndHarmless) {
   EXPECT_EQ(1, cache->getSize());
 }
 
-TEST(Trouble, linksAreTakenAndTheirTargetsStay) {
+TEST(HostileDisk, linksAreTakenAndTheirTargetsStay) {
   const TemporaryDirectory outside, root;
   outside.write("file", "outside");
   outside.write("dir/file", "outside");

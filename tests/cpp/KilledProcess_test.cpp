@@ -62,7 +62,7 @@ std::string contentOf(int key, int generation) {
   }
 }
 
-TEST(Kill, losesNoCommittedEntryWheneverItHappens) {
+TEST(KilledProcess, losesNoCommittedEntryWheneverItHappens) {
   const TemporaryDirectory root;
   std::mt19937 random(announcedSeed());
   std::map<int, Progress> last;
