@@ -40,11 +40,11 @@ class VersionedModelCacheTest : public testing::Test {
   }
   /// The index, shortly: "1: t=a u=b; 2: t=a; "
   std::string stored() {
+    const auto descriptor = CacheDescriptorSerializer().deserialize(root_.read(kIndex));
     std::string text;
-    for (const auto& version :
-         CacheDescriptorSerializer().deserialize(root_.read(kIndex))->versions) {
+    for (const VersionRecord& version : descriptor->versions) {
       text += std::to_string(version.version) + ":";
-      for (const auto& model : version.models) {
+      for (const ModelRecord& model : version.models) {
         text += " " + model.type + "=" + model.cacheKey;
       }
       text += "; ";
