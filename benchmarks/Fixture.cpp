@@ -2,7 +2,6 @@
 
 #include <boost/filesystem/operations.hpp>
 #include <cstdio>
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -13,17 +12,20 @@
 namespace zentrel::vistabase::ardelivery::bench {
 namespace {
 
-const std::string kExtra = "sixteen bytes of";
+constexpr std::size_t kIndexEntry = 4;  // neither evicted from a small root nor looked up
 
-std::string keyOf(std::size_t index) {
+std::string keyOf(std::size_t entry) {
+  if (entry == kIndexEntry) {
+    return "versioned_index";
+  }
   char key[40];
-  std::snprintf(key, sizeof key, "face_tracker_model_%04zu", index);
+  std::snprintf(key, sizeof key, "face_tracker_model_%04zu", entry);
   return key;
 }
 
-std::string recordOf(const std::string& key, std::size_t index) {
+std::string recordOf(const std::string& key, std::size_t entry) {
   return "{\"key\":\"" + key + "\",\"size\":" + std::to_string(Fixture::kEntryBytes) +
-         ",\"lastAccess\":" + std::to_string(1'700'000'000'000 + index) + "}";
+         ",\"lastAccess\":" + std::to_string(1'700'000'000'000 + entry) + "}";
 }
 
 }  // namespace
@@ -34,23 +36,27 @@ Fixture::Fixture(std::string rootPath, std::size_t entries)
       extraDirectory(root + "/extra"),
       budget(kEntryBytes * static_cast<std::int64_t>(entries)),
       newKey(keyOf(9999)),
-      newPath(root + "/" + newKey),
       newExtraPath(extraDirectory + "/" + newKey),
       recordLength(recordOf(newKey, 0).size() + 1) {
-  std::string records;
+  std::string records, models;
   for (std::size_t i = 0; i < entries; ++i) {
     keys.push_back(keyOf(i));
     paths.push_back(root + "/" + keys[i]);
     extraPaths.push_back(extraDirectory + "/" + keys[i]);
     records += (i == 0 ? "" : ",") + recordOf(keys[i], i);
   }
+  for (const auto& model : FacetrackerModelCache::kModels) {
+    const std::size_t entry = modelPaths.size();
+    models += std::string(entry == 0 ? "" : ",") + "{\"type\":\"" + model.name +
+              "\",\"cacheKey\":\"" + keys[entry] + "\"}";
+    modelPaths.push_back(paths[entry]);
+  }
   metadata = "{\"entries\":[" + records + "]}";
+  index_ =
+      "{\"versions\":[{\"version\":" + std::to_string(kVersion) + ",\"models\":[" + models + "]}]}";
   boost::filesystem::remove_all(root);
   restore();
-  for (const auto& [name, meta] : createFileCache(root, budget)->getAllMetas()) {
-    listedExtraPaths.push_back(extraDirectory + "/" + name);
-  }
-  if (listedExtraPaths.size() != entries) {
+  if (createFileCache(root, budget)->getSize() != budget) {
     throw std::runtime_error("The cache does not see the entries below " + root);
   }
 }
@@ -60,31 +66,17 @@ Fixture::~Fixture() {
   boost::filesystem::remove_all(root, ignored);
 }
 
-void Fixture::restore(std::size_t entries) const {
+void Fixture::restore() const {
   boost::filesystem::create_directories(extraDirectory);
-  for (std::size_t i = 0; i < entries; ++i) {
+  for (std::size_t i = 0; i < keys.size(); ++i) {
     if (!boost::filesystem::exists(paths[i])) {
-      writeEntry(paths[i]);
+      FileIO().writeFile(paths[i], i == kIndexEntry ? index_ : std::string(kEntryBytes, 'm'));
     }
     if (!boost::filesystem::exists(extraPaths[i])) {
-      FileIO().writeFile(extraPaths[i], kExtra);
+      FileIO().writeFile(extraPaths[i], "sixteen bytes of");
     }
   }
-  boost::filesystem::remove(newPath);
   FileIO().writeFile(metadataFile, metadata);
-}
-
-void Fixture::writeEntry(const std::string& path) const {
-  FileIO().writeFile(path, std::string(kEntryBytes, 'm'));
-}
-
-void Fixture::addVersion() const {
-  FacetrackerModelCache models(createFileCache(root, std::numeric_limits<std::int64_t>::max()));
-  const char* const types[] = {"face_tracker_model.bin", "face_detector_model.bin",
-                               "features_model.bin", "pdm_multires.bin"};
-  for (std::size_t i = 0; i < 4; ++i) {
-    models.addModelForVersionIfInCache(kVersion, {keys[i], types[i]});
-  }
 }
 
 }  // namespace zentrel::vistabase::ardelivery::bench

@@ -23,17 +23,8 @@ android_packages=(android-liblog-dev binutils clang lld)
 docs_packages=(doxygen)
 # The other compiler and linker (Android's), the formatter and the linter.
 ci_packages=(clang clang-format clang-tidy git lld)
-# What the benchmarks measure with, and draw with; SQLite is what they compare with.
-bench_packages=(
-  binutils
-  gnuplot-nox
-  jq
-  libbenchmark-dev
-  libsqlite3-dev
-  strace
-  valgrind
-)
-
+# What the benchmarks measure with.
+bench_packages=(binutils libbenchmark-dev valgrind)
 # libFuzzer comes with clang's runtime.
 fuzz_packages=(clang libclang-rt-14-dev)
 # Compiling for 32 bits.
