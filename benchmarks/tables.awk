@@ -17,7 +17,7 @@ function thousands(value,   digits) {
   return digits <= 3 ? value : thousands(substr(value, 1, digits - 3)) "," substr(value, digits - 2)
 }
 function decimal(value, digits) { return value == "" ? "-" : sprintf("%." digits "f", value) }
-function quotient(value, divisor) { return divisor ? value / divisor : "" }
+function quotient(value, divisor) { return value == "" || !divisor ? "" : value / divisor }
 function ratio(operation, entries) {
   return quotient(time["memory", operation, "cache", entries], time["memory", operation, "floor", entries])
 }
