@@ -1,35 +1,31 @@
+// Roots that are not there, not readable or not writable, and what in them is not just files.
 #include <gmock/gmock.h>
-#include <signal.h>
-#include <sys/mount.h>
-#include <sys/resource.h>
 
 #include "delivery/FileCache/createFileCache.h"
+#include "delivery/FileCache/recoverMetadata.h"
 #include "tests/cpp/FileCacheCalls.h"
+#include "tests/cpp/ObservedStorage.h"
 #include "tests/cpp/SoftErrorRecorder.h"
+#include "tests/cpp/SystemCalls.h"
 #include "tests/cpp/TemporaryDirectory.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-using testing::EndsWith;
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
-/// A small file system of its own, with an entry "kept" in it.
-class SmallDisk : public testing::Test {
+class HostileDisk : public testing::Test {
  protected:
-  void SetUp() override {
-    if (::mount("tmpfs", root_.path().c_str(), "tmpfs", 0, "size=64k") != 0) {
-      GTEST_SKIP() << "may not mount";
+  /// The messages of the soft errors since the last time.
+  std::vector<std::string> takeErrors() {
+    std::vector<std::string> messages;
+    for (const auto& record : recorder_.records()) {
+      messages.push_back(record.message);
     }
-    root_.write("kept", "kept");
-    EXPECT_NE(nullptr, cache_->getCacheEntry("kept"));
-  }
-  ~SmallDisk() override { ::umount(root_.path().c_str()); }
-
-  void expectOneReport(const std::string& ending) {
-    ASSERT_EQ(1u, recorder_.records().size());
-    EXPECT_THAT(recorder_.records()[0].message, EndsWith(ending));
     recorder_.records().clear();
+    return messages;
   }
 
   TemporaryDirectory root_;
@@ -37,101 +33,89 @@ class SmallDisk : public testing::Test {
   std::shared_ptr<IFileCache> cache_ = createFileCache(root_.path(), 1000);
 };
 
-TEST_F(SmallDisk, mayBeFull) {
-  EXPECT_TRUE(cache_->updateExtra("kept", {1}));
-  root_.write(".filler", std::string(100'000, 'x'));
-  EXPECT_FALSE(cache_->updateExtra("kept", BytesVector(5000)));
-  expectOneReport("Could not open file.");
-  for (char name = 'a'; name < 'z'; ++name) {
-    root_.write(std::string(250, name), "");  // Needs no room, but metadata.json then needs more.
+TEST_F(HostileDisk, mayNotLetACacheReloadWhichThenAnswersNeutrallyWithOneReport) {
+  const struct {
+    std::string root, cause;
+  } cases[] = {
+      {root_ / "gone", "Could not iterate over '" + (root_ / "gone") + "' with error "},
+      {root_ / "file", "Could not iterate over '" + (root_ / "file") + "' with error "},
+      {root_ / "damaged", "Deserializing failed: '{\"ent' with exception: "},
+      {root_ / "linked", "Could not open file."},
+  };
+  root_.write("file", "1");
+  root_.write("damaged/metadata.json", "{\"ent");
+  root_.write("damaged/k", "kept");
+  root_.write("linked/k", "kept");
+  std::filesystem::create_symlink("/proc/self/mem", root_ / "linked/metadata.json");
+  for (const auto& [root, cause] : cases) {
+    const auto cache = createFileCache(root, 0);
+    for (const FileCacheCall& operation : kFileCacheCalls) {
+      if (operation.label == "flush" || operation.label == "getCacheEntryWithoutPromotion" ||
+          operation.signature == "commit(const std::string &)") {
+        continue;  // Asks for the key's file first, or for nothing else.
+      }
+      EXPECT_TRUE(operation.call(*cache, "k")) << operation.signature << root;
+      EXPECT_THAT(takeErrors(),
+                  ElementsAre(StartsWith("Error for " + operation.label + ": " + cause)))
+          << root;
+    }
   }
-  EXPECT_EQ(0, cache_->getSize());
-  expectOneReport("Could not open file.");
-  EXPECT_EQ(nullptr, cache_->getCacheEntry("kept"));
-  expectOneReport("' with exception: parse error: incomplete JSON at byte 4096");
-  std::filesystem::remove(root_ / ".filler");
-  std::filesystem::remove(root_ / "metadata.json");
-  EXPECT_EQ(IFileCache::MemContainsStatus::Present, cache_->memContains(std::string(250, 'y')));
-  EXPECT_NE(nullptr, cache_->getCacheEntry("kept"));
-  EXPECT_EQ("kept", root_.read("kept"));
+  EXPECT_EQ("kept", root_.read("damaged/k"));
+  EXPECT_EQ("kept", root_.read("linked/k"));
+  EXPECT_EQ("1", root_.read("file"));
 }
 
-TEST_F(SmallDisk, mayBecomeReadOnly) {
-  ASSERT_EQ(0, ::mount("", root_.path().c_str(), "", MS_REMOUNT | MS_RDONLY, ""));
-  EXPECT_NE(nullptr, cache_->getCacheEntryWithoutPromotion("kept"));
-  EXPECT_EQ(4, cache_->getSize());
-  EXPECT_TRUE(recorder_.records().empty()) << "reading needs no writing";
-  EXPECT_EQ(nullptr, cache_->getCacheEntry("kept"));
-  expectOneReport("Could not open file.");
-  EXPECT_FALSE(cache_->remove("kept"));
-  EXPECT_EQ(1u, recorder_.records().size());
-}
-
-TEST(HostileDisk, writesStopAtTheFileSizeLimitAndGoOnWithoutIt) {
-  const TemporaryDirectory root;
-  const SoftErrorRecorder recorder;
-  const auto cache = createFileCache(root.path(), 1000);
-  root.write("k", "1");
-  cache->unlock("k");
-  rlimit old = {};
-  ::getrlimit(RLIMIT_FSIZE, &old);
-  ::signal(SIGXFSZ, SIG_IGN);
-  const rlimit small = {10, old.rlim_max};
-  ::setrlimit(RLIMIT_FSIZE, &small);
-  cache->unlock("k");
-  const bool updated = cache->updateExtra("k", BytesVector(11));
-  ::setrlimit(RLIMIT_FSIZE, &old);
-  EXPECT_FALSE(updated);
-  ASSERT_EQ(2u, recorder.records().size());
-  EXPECT_EQ("Error for unlock: Could not open file.", recorder.records()[0].message);
-  EXPECT_THAT(recorder.records()[1].message,
-              HasSubstr("Deserializing failed: '{\"entries\"' with exception: "))
-      << "the write before has cut the metadata short";
-  std::filesystem::remove(root / "metadata.json");
-  EXPECT_TRUE(cache->updateExtra("k", BytesVector(11)));
-}
-
-TEST(HostileDisk, aRootMayGoAndComeBackUnderALivingCache) {
-  const TemporaryDirectory root;
-  const auto cache = createFileCache(root.path(), 1000);
+TEST_F(HostileDisk, mayGoAndComeBackUnderALivingCache) {
   for (int round = 0; round < 3; ++round) {
-    root.write("k", "1");
-    EXPECT_NE(nullptr, cache->getCacheEntry("k"));
-    std::filesystem::remove_all(root.path());
-    const SoftErrorRecorder recorder;
-    EXPECT_EQ(nullptr, cache->getCacheEntry("k"));
-    EXPECT_EQ(1u, recorder.records().size());
+    root_.write("k", "1");
+    EXPECT_NE(nullptr, cache_->getCacheEntry("k"));
+    std::filesystem::remove_all(root_.path());
+    EXPECT_EQ(nullptr, cache_->getCacheEntry("k"));
+    EXPECT_EQ(1u, takeErrors().size());
   }
 }
 
-TEST(HostileDisk, aNameTooLongForAFileIsReportedAndHarmless) {
-  const TemporaryDirectory root;
-  root.write("k", "1");
-  const auto cache = createFileCache(root.path(), 0);
+TEST_F(HostileDisk, mayBeFullWhichCutsTheMetadataShort) {
+  root_.write("k", "1");
+  EXPECT_NE(nullptr, cache_->getCacheEntry("k"));
+  {
+    SystemCalls system;
+    system.mostBytes = 10;
+    system.errorOf = [left = 1](auto call) mutable {
+      return call == "write" && left-- <= 0 ? ENOSPC : 0;
+    };
+    cache_->unlock("k");
+  }
+  EXPECT_THAT(takeErrors(), ElementsAre("Error for unlock: Could not open file."));
+  EXPECT_FALSE(cache_->updateExtra("k", BytesVector(11)));
+  EXPECT_THAT(takeErrors(), ElementsAre(HasSubstr("Deserializing failed: '{\"entries\"' with ")));
+  EXPECT_EQ(MetadataRecovery::SetAside, recoverMetadata(root_.path()));
+  EXPECT_TRUE(cache_->updateExtra("k", BytesVector(11)));
+}
+
+TEST_F(HostileDisk, hasNoNamesAsLongAsThat) {
+  root_.write("k", "1");
   for (const FileCacheCall& operation : kFileCacheCalls) {
     if (operation.signature.find("getCacheEntry") == 0 || operation.label == "remove") {
-      const SoftErrorRecorder recorder;
-      EXPECT_TRUE(operation.call(*cache, std::string(300, 'x')));
-      ASSERT_EQ(1u, recorder.records().size());
-      EXPECT_THAT(recorder.records()[0].message, HasSubstr("File name too long"));
+      EXPECT_TRUE(operation.call(*cache_, std::string(300, 'x')));
+      EXPECT_THAT(takeErrors(), ElementsAre(HasSubstr("File name too long")));
     }
   }
-  EXPECT_EQ(1, cache->getSize());
+  EXPECT_EQ(1, cache_->getSize());
 }
 
-TEST(HostileDisk, linksAreTakenAndTheirTargetsStay) {
-  const TemporaryDirectory outside, root;
+TEST_F(HostileDisk, mayHaveLinksWhoseTargetsStay) {
+  const TemporaryDirectory outside;
   outside.write("file", "outside");
   outside.write("dir/file", "outside");
-  const SoftErrorRecorder recorder;
-  const auto cache = createFileCache(root.path(), 0);
+  const auto cache = createFileCache(root_.path(), 0);
   for (const bool evict : {false, true}) {
-    root.write("entry/own", "1");
+    root_.write("entry/own", "1");
     for (const std::string link : {"file", "entry/file"}) {
-      std::filesystem::create_symlink(outside / "file", root / link);
+      std::filesystem::create_symlink(outside / "file", root_ / link);
     }
     for (const std::string link : {"dir", "entry/dir", "slash%", "dot%"}) {
-      std::filesystem::create_symlink(outside / "dir", root / link);
+      std::filesystem::create_symlink(outside / "dir", root_ / link);
     }
     if (evict) {
       cache->commit("dir");
@@ -141,7 +125,39 @@ TEST(HostileDisk, linksAreTakenAndTheirTargetsStay) {
     }
     EXPECT_EQ("outsideoutside", outside.read("file") + outside.read("dir/file"));
   }
-  EXPECT_TRUE(recorder.records().empty());
+  EXPECT_THAT(takeErrors(), ElementsAre());
+}
+
+TEST_F(HostileDisk, hasMetadataSetAsideOnlyWhenItCannotBeRead) {
+  using Is = MetadataRecovery;
+  const std::string file = root_ / "metadata.json";
+  EXPECT_EQ(Is::NothingToMend, recoverMetadata(root_.path()));
+  for (const char* inFolder : {"metadata.json/a", "metadata.json", "metadata.json/b"}) {
+    root_.write(inFolder, "{");
+    EXPECT_EQ(Is::SetAside, recoverMetadata(root_.path())) << inFolder;
+    EXPECT_EQ(0, cache_->getSize());
+    std::filesystem::remove(file);
+  }
+  EXPECT_TRUE(root_.has(".metadata.json.damaged/b"));
+  std::filesystem::create_symlink("/proc/self/mem", file);
+  EXPECT_THROW(recoverMetadata(root_.path()), std::runtime_error) << "it may be a good one";
+  EXPECT_TRUE(root_.has("metadata.json"));
+}
+
+TEST_F(HostileDisk, mayGetGoodMetadataWhileTheDamagedIsSetAside) {
+  const std::string written = R"({"entries":[]})";
+  root_.write("metadata.json", "{");
+  Observer observer(root_.path());
+  observer.hook = [&](auto& operation) {
+    if (operation == "moveFile") {
+      root_.write("metadata.json", written);
+    }
+  };
+  ObservedFileIO io(observer);
+  ObservedFilesystem filesystem(observer);
+  EXPECT_EQ(MetadataRecovery::NothingToMend, recoverMetadata(root_.path(), io, filesystem));
+  EXPECT_EQ(written, root_.read("metadata.json"));
+  EXPECT_FALSE(root_.has(".metadata.json.damaged"));
 }
 
 }  // namespace
