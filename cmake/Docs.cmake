@@ -1,4 +1,4 @@
-# The target docs: API pages of the installed headers, below docs/html in the build folder. A public
+# The target modelcache_docs: API pages of the installed headers, below docs/html in the build folder. A public
 # name without documentation is an error.
 
 find_package(Doxygen QUIET)
@@ -18,7 +18,7 @@ set(DOXYGEN_HAVE_DOT NO)
 set(DOXYGEN_QUIET YES)
 set(DOXYGEN_WARN_IF_UNDOCUMENTED YES)
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
-doxygen_add_docs(docs
+doxygen_add_docs(modelcache_docs
   ${PROJECT_SOURCE_DIR}/src/delivery
   ${PROJECT_SOURCE_DIR}/src/support/util/memory
   ${PROJECT_SOURCE_DIR}/src/platform/softerror/softerror.h

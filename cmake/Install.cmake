@@ -1,23 +1,15 @@
-# Installs the core with its headers, the shared library, the jar, and the CMake package that finds
-# them. Included last: it needs the targets.
+# Installs the core with its headers, the shared library, the jar, and the CMake and pkg-config files
+# that find them. Included last: it needs the targets.
 
 include(CMakePackageConfigHelpers)
 
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/modelcache)
 set(jar_directory ${CMAKE_INSTALL_DATADIR}/java)
 
+# The headers include each other from the root of the sources, which is their root here too.
 install(TARGETS modelcache_core modelcache_softerror EXPORT modelcache
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-# The headers include each other from the root of the sources, so that root is installed as it is,
-# less what only the library's own sources include.
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/delivery
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/modelcache
-  FILES_MATCHING PATTERN *.h)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/support/util
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/modelcache/support
-  FILES_MATCHING PATTERN memory/*.h)
-install(FILES ${PROJECT_SOURCE_DIR}/src/platform/softerror/softerror.h
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/modelcache/platform/softerror)
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/modelcache)
 
 if(MODELCACHE_JNI)
   install(TARGETS modelcache EXPORT modelcache LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -42,3 +34,30 @@ install(FILES
     ${PROJECT_BINARY_DIR}/modelcacheConfig.cmake
     ${PROJECT_BINARY_DIR}/modelcacheConfigVersion.cmake
   DESTINATION ${package_directory})
+
+# modelcache.pc names the Boost libraries by their files, so that it serves with the kind of Boost,
+# static or shared, that the core was built against.
+function(modelcache_collect_boost target libraries)
+  get_target_property(dependencies ${target} INTERFACE_LINK_LIBRARIES)
+  set(found ${${libraries}})
+  foreach(dependency IN LISTS dependencies)
+    string(REGEX MATCH "Boost::[a-z_]+" boost "${dependency}")
+    if(boost AND NOT boost STREQUAL "Boost::headers")
+      list(REMOVE_ITEM found ${boost})  # Behind all that need it.
+      list(APPEND found ${boost})
+      modelcache_collect_boost(${boost} found)
+    endif()
+  endforeach()
+  set(${libraries} ${found} PARENT_SCOPE)
+endfunction()
+
+set(boost_libraries)
+modelcache_collect_boost(modelcache_core boost_libraries)
+list(TRANSFORM boost_libraries REPLACE "(.+)"
+  "-L$<TARGET_LINKER_FILE_DIR:\\1> -l:$<TARGET_LINKER_FILE_NAME:\\1>")
+list(JOIN boost_libraries " " boost_libraries)
+set(pc_directory ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH pc_prefix /${pc_directory} /)
+configure_file(cmake/modelcache.pc.in ${PROJECT_BINARY_DIR}/modelcache.pc.in @ONLY)
+file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/modelcache.pc INPUT ${PROJECT_BINARY_DIR}/modelcache.pc.in)
+install(FILES ${PROJECT_BINARY_DIR}/modelcache.pc DESTINATION ${pc_directory})

@@ -19,6 +19,8 @@ demo_packages=(opencv-data)
 shrink_packages=(proguard-cli)
 # Reads ELF files back; the platform log of Android, built for the host.
 android_packages=(android-liblog-dev binutils clang lld)
+# Other ways to use an installation: clang's C++ library, pkg-config.
+install_packages=(clang libc++-14-dev libc++abi-14-dev pkg-config)
 # Makes API pages out of the headers.
 docs_packages=(doxygen)
 # The other compiler and linker (Android's), the formatter and the linter.

@@ -16,7 +16,6 @@
 #include "delivery/FileCache/createFileCache.h"
 #include "delivery/FileCache/recoverMetadata.h"
 #include "delivery/ModelCache/SegmentationModelCache.h"
-#include "delivery/Storage/FileIO.h"
 #include "platform/softerror/softerror.h"
 
 namespace {
@@ -57,7 +56,7 @@ bool keep(IFileCache& files, const std::string& key, const fs::path& file) {
   if (!sync(part)) {
     return false;
   }
-  FileIO().moveFile(part.string(), target.string());
+  fs::rename(part, target);
   if (!sync(target.parent_path()) || !files.getCacheEntry(key)) {  // The newest: others go first.
     return false;
   }

@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "delivery/Storage/IFileIO.h"
-#include "delivery/Storage/IFilesystemOperations.h"
-
 namespace zentrel::vistabase::ardelivery {
+
+class IFileIO;
+class IFilesystemOperations;
 
 /// What `recoverMetadata` did.
 enum class MetadataRecovery {
