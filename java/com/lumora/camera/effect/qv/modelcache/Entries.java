@@ -94,6 +94,7 @@ final class Entries {
         if (hadExtra) {
             mDisk.syncFolder(mRoot); // As long as there is the part, what is aside belongs back.
             mDisk.rename(extra, aside);
+            mDisk.syncFolder(mRoot);
             mDisk.syncFolder(mExtras);
         }
         boolean placed = false;

@@ -88,11 +88,13 @@ class FileStoreTest {
         EntryWriter out = mStore.write("key");
         assertThrows(IllegalStateException.class, () -> mStore.write("key"));
         out.write(new byte[50]);
+        mStore.setExtra("key", new byte[2]);
+        assertEquals(50, new File(mRoot, ".part-key").length(), "untouched");
         out.close();
         assertThrows(IOException.class, () -> out.write(1));
         assertThrows(IOException.class, out::commit);
         assertEquals(10, mStore.get("key").length());
-        assertEquals(1, mStore.extra("key").length);
+        assertEquals(2, mStore.extra("key").length);
         File old = mStore.get("key");
         put("key", 20);
         assertEquals(20, old.length());

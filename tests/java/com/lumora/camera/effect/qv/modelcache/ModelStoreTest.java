@@ -148,7 +148,9 @@ class ModelStoreTest {
     void badArgumentsAreRefused() {
         List<ModelFile> good = files(1);
         ModelFile foreign = new ModelFile("seg_init_net.pb", 1, good.get(0).sha256());
-        List<List<ModelFile>> bad = asList(good.subList(0, 3), asList(),
+        ModelFile longer = new ModelFile(good.get(3).type(), SIZE + 1, good.get(0).sha256());
+        List<List<ModelFile>> bad = asList(good.subList(0, 3), asList(), asList((ModelFile) null),
+                asList(good.get(0), good.get(1), good.get(2), longer),
                 asList(good.get(0), good.get(1), good.get(2), foreign),
                 asList(good.get(0), good.get(1), good.get(2), good.get(2)));
         for (List<ModelFile> files : bad) {
@@ -242,6 +244,57 @@ class ModelStoreTest {
         }
         assertActive(2, mStore);
         assertEquals(asList(1, 2), mStore.versions());
+    }
+
+    @Test
+    void damageIsRememberedAndSeenByARunningUpdate() throws IOException {
+        update(mStore, 1);
+        update(mStore, 2);
+        Path path = Paths.get(mStore.paths().get(CAPABILITY.types().get(0)));
+        Files.write(path, bytes(CAPABILITY.types().get(0), 1));
+        assertEquals(files(2).subList(0, 1), mStore.verify());
+        mStore.activate(1);
+        assertThrows(IOException.class, () -> mStore.activate(2));
+        reopen(TWO_VERSIONS); // There is room for what is to be replaced, though not for more.
+        try (Update update = mStore.begin(2, files(2))) {
+            assertEquals(files(2).subList(0, 1), update.missing());
+            download(update, files(2).get(0), 2);
+            Files.write(path, bytes(CAPABILITY.types().get(0), 1));
+            assertEquals(files(2).subList(0, 1), mStore.verify());
+            assertThrows(IllegalStateException.class, update::activate);
+            download(update, files(2).get(0), 2);
+            update.activate();
+        }
+        assertActive(2, mStore);
+    }
+
+    @Test
+    void aWriterThatFailedWritesNoMore() throws IOException {
+        boolean[] fails = {true};
+        mStore.close();
+        mStore = ModelStore.open(mRoot, CAPABILITY, VERSION_SIZE, new Disk() {
+            @Override
+            FileOutputStream open(File file, boolean append) throws IOException {
+                return new FileOutputStream(file, append) {
+                    @Override
+                    public void write(byte[] bytes, int offset, int length) throws IOException {
+                        super.write(bytes, offset, fails[0] ? length / 2 : length);
+                        if (fails[0]) {
+                            throw new IOException("disk full");
+                        }
+                    }
+                };
+            }
+        });
+        byte[] bytes = bytes(files(1).get(0).type(), 1);
+        Update update = mStore.begin(1, files(1));
+        ModelWriter failed = update.write(files(1).get(0));
+        assertThrows(IndexOutOfBoundsException.class, () -> failed.write(bytes, 0, SIZE + 1));
+        assertThrows(IOException.class, () -> failed.write(bytes));
+        fails[0] = false;
+        assertThrows(IOException.class, () -> failed.write(bytes));
+        assertThrows(IOException.class, failed::commit);
+        assertEquals(SIZE / 2, update.write(files(1).get(0)).offset());
     }
 
     @Test

@@ -6,6 +6,7 @@ import static org.junit.jupiter.api.Assertions.*;
 import java.io.*;
 import java.nio.file.*;
 import java.util.*;
+import java.util.zip.CRC32;
 import org.junit.jupiter.api.*;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -67,5 +68,37 @@ class StoreDamageTest {
             Files.createDirectory(file);
             Files.createFile(file.resolve("inside"));
         });
+    }
+
+    private void replaceInTables(String part, String by) throws IOException {
+        String text = new String(Files.readAllBytes(mRoot.resolve(".versions")), "UTF-8");
+        String checked = text.substring(0, text.lastIndexOf("check ")).replace(part, by);
+        CRC32 sum = new CRC32();
+        sum.update(checked.getBytes("UTF-8"));
+        byte[] bytes = (checked + "check " + Long.toHexString(sum.getValue()) + "\n").getBytes("UTF-8");
+        Files.write(mRoot.resolve(".versions"), bytes);
+        Files.write(mRoot.resolve("extra/.versions"), bytes);
+    }
+
+    @Test
+    void withoutAnyTableTheIndexTellsWhatTheDigestsConfirm() throws IOException {
+        replaceInTables("file face_tracker_model.bin 1000 ", "file face_tracker_model.bin ../");
+        Files.write(mRoot.resolve(files(1).get(0).sha256() + "-face_tracker_model.bin"),
+                new byte[SIZE]);
+        try (ModelStore store = Samples.open(mRoot.toFile())) {
+            assertEquals(Arrays.asList(2), store.versions());
+            assertActive(2, store);
+        }
+    }
+
+    @Test
+    void versionsOfOtherTypesAreLeftToThoseThatKnowThem() throws IOException {
+        replaceInTables("file pdm_multires.bin", "file pdm_other.bin");
+        try (Told told = new Told(); ModelStore store = Samples.open(mRoot.toFile())) {
+            assertActive(null, store);
+            assertFalse(told.messages.isEmpty());
+            update(store, 2);
+            assertActive(2, store);
+        }
     }
 }

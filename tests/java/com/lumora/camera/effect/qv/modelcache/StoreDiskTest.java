@@ -86,6 +86,20 @@ class StoreDiskTest {
                 assertActive(2, store);
             }
         }
+        Path elsewhere = Files.createTempDirectory("elsewhere");
+        copy(mFolder, elsewhere);
+        try (ModelStore other = Samples.open(elsewhere.toFile())) {
+            other.activate(1);
+        }
+        Files.delete(mFolder.resolve(".lock"));
+        assertEquals(0, run("mount", "-o", "remount,ro", mRoot.getPath()));
+        try (ModelStore store = Samples.open(mRoot)) {
+            assertEquals(0, run("mount", "-o", "remount,rw", mRoot.getPath()));
+            copy(elsewhere, mFolder); // As another process might have done, while nothing was locked.
+            store.begin(2, files(2)).close();
+            assertActive(1, store);
+        }
+        new Disk().delete(elsewhere.toFile());
         assertEquals(0, run("mount", "-o", "remount,ro", mRoot.getPath()));
         try (FileStore store = FileStore.open(mRoot, 1_000_000)) {
             assertNull(store.get("absent"));

@@ -7,6 +7,7 @@ import java.io.*;
 import java.nio.file.*;
 import java.util.*;
 import java.util.stream.Stream;
+import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.*;
@@ -77,6 +78,81 @@ class StoreFaultTest {
                 update(store, 4);
                 assertActive(4, store);
             }
+        }
+    }
+
+    /** Replaces an entry and its extra bytes. */
+    private static void replace(File root, Disk disk) throws IOException {
+        try (FileStore store = new FileStore(root, 100, disk, new RootLock(root));
+                EntryWriter out = store.write("key")) {
+            out.write(new byte[20]);
+            out.commit();
+            store.setExtra("key", new byte[20]);
+        }
+    }
+
+    @ParameterizedTest
+    @EnumSource
+    void extraBytesAreThoseOfTheirEntry(Strike strike) throws Exception {
+        boolean hasStruck = true;
+        for (int step = 1; hasStruck; ++step) {
+            File root = mFolder.resolve("root" + step).toFile();
+            try (FileStore store = FileStore.open(root, 100); EntryWriter out = store.write("key")) {
+                out.write(new byte[10]);
+                out.commit();
+                store.setExtra("key", new byte[10]);
+            }
+            StandInDisk disk = new StandInDisk(step, strike == Strike.FAILURE);
+            disk.trust(root);
+            try {
+                replace(root, disk);
+            } catch (StandInDisk.Death | IOException struck) {
+                assertTrue(disk.hasStruck(), struck.toString());
+            }
+            hasStruck = disk.hasStruck();
+            if (strike.name().startsWith("CUT_")) {
+                disk.cutPower(root, StandInDisk.Names.valueOf(strike.name().substring(4)));
+            }
+            try (FileStore store = FileStore.open(root, 100)) {
+                long length = store.get("key").length();
+                byte[] extra = store.extra("key");
+                assertTrue(extra == null ? length == 20 : extra.length == length,
+                        "step " + step + ": " + length + Arrays.toString(extra));
+                assertTrue(hasStruck || extra != null);
+            }
+        }
+    }
+
+    @Test
+    void whatTheTableOnDiskMayNeedIsNotDeleted() throws IOException {
+        fill(mFolder);
+        File root = mFolder.toFile();
+        String[] plan = {""};
+        Disk disk = new Disk() {
+            @Override
+            void syncFolder(File folder) throws IOException {
+                if (plan[0].equals("fail")) {
+                    throw new IOException("stand-in failure");
+                }
+                super.syncFolder(folder);
+            }
+
+            @Override
+            void delete(File file) throws IOException {
+                super.delete(file);
+                if (plan[0].equals("die")) {
+                    throw new StandInDisk.Death();
+                }
+            }
+        };
+        try (ModelStore store = ModelStore.open(root, CAPABILITY, TWO_VERSIONS, disk)) {
+            plan[0] = "fail"; // after the table with the other active version has its name
+            assertThrows(IOException.class, () -> store.activate(1));
+            plan[0] = "die";
+            assertThrows(StandInDisk.Death.class, () -> store.trimExcept());
+        }
+        try (ModelStore store = Samples.open(root)) {
+            assertActive(2, store);
         }
     }
 }

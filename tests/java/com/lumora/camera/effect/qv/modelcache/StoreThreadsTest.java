@@ -11,7 +11,7 @@ import java.util.concurrent.atomic.*;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
-/** Eight threads do whatever they like; {@code -Dmodelcache.seconds} says for how long. */
+/** Eight threads do whatever they like, for MODELCACHE_SECONDS. */
 class StoreThreadsTest {
     private static final int THREADS = 8;
 
@@ -28,7 +28,8 @@ class StoreThreadsTest {
     /** Nothing may go wrong but that a store is closed, or busy with another update or writer. */
     private <Store extends Closeable> void storm(Opening<Store> opening, List<Step<Store>> steps)
             throws Exception {
-        long end = System.nanoTime() + Integer.getInteger("modelcache.seconds", 3) * 1_000_000_000L;
+        String seconds = Optional.ofNullable(System.getenv("MODELCACHE_SECONDS")).orElse("3");
+        long end = System.nanoTime() + TimeUnit.SECONDS.toNanos(Long.parseLong(seconds));
         AtomicReference<Store> store = new AtomicReference<>(opening.open());
         ExecutorService threads = Executors.newFixedThreadPool(THREADS);
         List<Future<?>> results = new ArrayList<>();
