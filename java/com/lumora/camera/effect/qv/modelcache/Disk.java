@@ -56,14 +56,23 @@ class Disk {
         if (folder.isDirectory()) {
             return;
         }
-        if (!folder.mkdirs() && !folder.isDirectory()) {
+        File parent = folder.getAbsoluteFile().getParentFile();
+        createFolder(parent);
+        if (!folder.mkdir() && !folder.isDirectory()) {
             throw new IOException("cannot create the folder " + folder);
         }
-        syncFolder(folder.getAbsoluteFile().getParentFile());
+        syncFolder(parent);
     }
 
     /** Has {@code content} take the place of the file's, at once and for good, by way of a part. */
     final void replace(File file, byte[] content, File part) throws IOException {
+        prepare(part, content);
+        rename(part, file);
+        syncFolder(file.getParentFile());
+    }
+
+    /** Writes a part that is to take the place of a file. */
+    final void prepare(File part, byte[] content) throws IOException {
         if (part.isDirectory()) {
             delete(part);
         }
@@ -74,8 +83,6 @@ class Disk {
             part.delete(); // It may hold the room that is missing.
             throw failure;
         }
-        rename(part, file);
-        syncFolder(file.getParentFile());
     }
 
     /** The bytes of a small file, or null if there is none. */

@@ -113,6 +113,15 @@ final class Entries {
         }
     }
 
+    /** Before an entry is written: what is aside of it would otherwise seem to belong back. */
+    void dropOldExtra(String name) throws IOException {
+        File aside = file(OLD_EXTRA + name);
+        if (aside.exists()) {
+            mDisk.delete(aside);
+            mDisk.syncFolder(mRoot);
+        }
+    }
+
     /** Undoes {@link #place} of an entry that was not there before. */
     void takeBack(String name) throws IOException {
         mDisk.rename(file(name), part(name));
@@ -206,9 +215,14 @@ final class Entries {
         mDisk.replace(new File(mExtras, name), bytes, file(NEW_EXTRA + name));
     }
 
-    /** Has these bytes take the place of a file that is no entry. */
-    void replaceOwn(String name, byte[] bytes) throws IOException {
-        mDisk.replace(file(name), bytes, file(NEW + name));
+    /** Writes what is to take the place of a file that is no entry. Replaces nothing yet. */
+    void prepareOwn(String name, byte[] bytes) throws IOException {
+        mDisk.prepare(file(NEW + name), bytes);
+    }
+
+    void replaceOwn(String name) throws IOException {
+        mDisk.rename(file(NEW + name), file(name));
+        mDisk.syncFolder(mRoot);
     }
 
     private String[] names() throws IOException {

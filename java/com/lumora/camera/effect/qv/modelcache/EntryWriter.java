@@ -44,10 +44,11 @@ public class EntryWriter extends OutputStream {
      * before is there or, when only the last sync failed, the new entry.
      */
     public synchronized void commit() throws IOException {
+        mStore.requireOutside();
         requireOpen();
         try {
             check();
-            mStore.disk().sync(mOut);
+            syncPart();
             if (mPart.length() != mSize) {
                 throw new IOException(mPart + " was changed by somebody else");
             }
@@ -60,6 +61,7 @@ public class EntryWriter extends OutputStream {
     /** What was not committed is dropped. */
     @Override
     public synchronized void close() throws IOException {
+        mStore.requireOutside();
         if (mOut != null) {
             try {
                 closePart();
@@ -130,6 +132,19 @@ public class EntryWriter extends OutputStream {
         if (mOut == null) {
             mStore.requireOpen();
             throw new IOException("the writer is closed: " + mPart);
+        }
+    }
+
+    /** What failed to be synced once may never be, although a second attempt succeeds. */
+    private void syncPart() throws IOException {
+        boolean synced = false;
+        try {
+            mStore.disk().sync(mOut);
+            synced = true;
+        } finally {
+            if (!synced) {
+                mPart.delete();
+            }
         }
     }
 

@@ -50,11 +50,18 @@ public final class FileStore implements Closeable {
         Disk disk = new Disk();
         disk.createFolder(absolute);
         FileStore store = new FileStore(absolute, maxSizeBytes, disk, new RootLock(absolute));
+        boolean opened = false;
         try {
             store.mEntries.dropUnfinished(Collections.<String>emptySet());
             store.natives().reload();
+            opened = true;
         } catch (IOException failure) { // of a read-only disk, say, of which entries can be got
             SoftErrors.report("open", failure.toString());
+            opened = true;
+        } finally {
+            if (!opened) {
+                store.close();
+            }
         }
         return store;
     }
@@ -88,6 +95,7 @@ public final class FileStore implements Closeable {
         enter();
         try {
             requireUnwritten(name);
+            mEntries.dropOldExtra(name);
             EntryWriter writer = new EntryWriter(this, name, 0);
             register(writer);
             return writer;
@@ -113,7 +121,7 @@ public final class FileStore implements Closeable {
         String name = Entries.nameOf(key);
         enter();
         try {
-            lockForWriting();
+            requireForWriting();
             if (!mEntries.has(name)) {
                 return false;
             }
@@ -147,7 +155,7 @@ public final class FileStore implements Closeable {
         String name = Entries.nameOf(key);
         enter();
         try {
-            lockForWriting();
+            requireForWriting();
             if (!mEntries.has(name)) {
                 return false;
             }
@@ -175,6 +183,7 @@ public final class FileStore implements Closeable {
 
     private void closeAll() {
         try {
+            mFlights.close();
             closeWriters();
         } finally {
             if (mNatives != null) {
@@ -222,6 +231,16 @@ public final class FileStore implements Closeable {
         return mRootLock.lockForWriting();
     }
 
+    boolean isForWriting() {
+        return mRootLock.isForWriting();
+    }
+
+    private void requireForWriting() throws IOException {
+        if (lockForWriting()) {
+            mEntries.dropUnfinished(mWriters.keySet());
+        }
+    }
+
     long maxSizeBytes() {
         return mMaxSizeBytes;
     }
@@ -252,7 +271,7 @@ public final class FileStore implements Closeable {
 
     /** To be asked, under the lock, before a writer is made. */
     void requireUnwritten(String name) throws IOException {
-        lockForWriting();
+        requireForWriting();
         if (mWriters.containsKey(name)) {
             throw new IllegalStateException("is being written already: " + name);
         }

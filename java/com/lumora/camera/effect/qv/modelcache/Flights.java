@@ -3,7 +3,10 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.File;
 import java.io.IOException;
 import java.io.InterruptedIOException;
+import java.util.HashMap;
+import java.util.Map;
 import java.util.concurrent.Callable;
+import java.util.concurrent.CancellationException;
 import java.util.concurrent.ConcurrentHashMap;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.FutureTask;
@@ -12,6 +15,9 @@ import java.util.concurrent.FutureTask;
 final class Flights {
     private final FileStore mStore;
     private final ConcurrentHashMap<String, Flight> mFlights = new ConcurrentHashMap<>();
+
+    /** What threads wait for. */
+    private final Map<Thread, Flight> mWaiting = new HashMap<>();
 
     Flights(FileStore store) {
         mStore = store;
@@ -26,7 +32,7 @@ final class Flights {
         });
         Flight other = mFlights.putIfAbsent(key, flight);
         if (other != null) {
-            return other.result();
+            return waitFor(other);
         }
         try {
             flight.run();
@@ -34,6 +40,33 @@ final class Flights {
             mFlights.remove(key);
         }
         return flight.result();
+    }
+
+    /** Ends the waiting; what is being fetched can no longer be written. */
+    void close() {
+        for (Flight flight : mFlights.values()) {
+            flight.cancel(false);
+        }
+    }
+
+    private File waitFor(Flight other) throws IOException {
+        Thread thread = Thread.currentThread();
+        synchronized (mWaiting) {
+            for (Flight flight = other; flight != null; flight = mWaiting.get(flight.mThread)) {
+                if (flight.mThread == thread && !flight.isDone()) {
+                    throw new IllegalStateException(
+                            "fetchers wait for each other: one asks for what the other fetches");
+                }
+            }
+            mWaiting.put(thread, other);
+        }
+        try {
+            return other.result();
+        } finally {
+            synchronized (mWaiting) {
+                mWaiting.remove(thread);
+            }
+        }
     }
 
     private File fetchNow(String key, Fetcher fetcher) throws IOException {
@@ -57,11 +90,10 @@ final class Flights {
         }
 
         File result() throws IOException {
-            if (mThread == Thread.currentThread() && !isDone()) {
-                throw new IllegalStateException("a fetcher asks for the entry that it fetches");
-            }
             try {
                 return get();
+            } catch (CancellationException closing) {
+                throw new IllegalStateException("the store was closed", closing);
             } catch (InterruptedException interruption) {
                 Thread.currentThread().interrupt();
                 throw new InterruptedIOException("interrupted while another thread fetches");
@@ -69,7 +101,7 @@ final class Flights {
                 if (failure.getCause() instanceof IOException) {
                     throw new IOException(failure.getCause().getMessage(), failure.getCause());
                 }
-                throw new IllegalStateException("the fetcher failed", failure.getCause());
+                throw new IllegalStateException("the fetcher failed: " + failure.getCause(), failure.getCause());
             }
         }
     }

@@ -28,12 +28,18 @@ final class FolderSync {
                 syncOnDesktop(folder);
             }
         } catch (InvocationTargetException failure) {
-            // Some file systems have no such call; they are as safe as they can be.
-            if (!String.valueOf(failure.getCause().getMessage()).contains("Invalid argument")
-                    && !String.valueOf(failure.getCause().getMessage()).contains("EINVAL")) {
-                throw new IOException("cannot sync the folder " + folder, failure.getCause());
-            }
+            requireSyncing(folder, failure.getCause());
         } catch (ReflectiveOperationException failure) {
+            throw new IOException("cannot sync the folder " + folder, failure);
+        } catch (IOException failure) {
+            requireSyncing(folder, failure);
+        }
+    }
+
+    /** Some file systems have no such call; they are as safe as they can be. */
+    private static void requireSyncing(File folder, Throwable failure) throws IOException {
+        String message = String.valueOf(failure.getMessage());
+        if (!message.contains("Invalid argument") && !message.contains("EINVAL")) {
             throw new IOException("cannot sync the folder " + folder, failure);
         }
     }
@@ -64,17 +70,21 @@ final class FolderSync {
     private static void force(Method open, Object... arguments)
             throws IOException, ReflectiveOperationException {
         boolean interrupted = false;
-        while (true) {
-            interrupted |= Thread.interrupted();
-            try (FileChannel channel = (FileChannel) open.invoke(null, arguments)) {
-                channel.force(true);
-                break;
-            } catch (ClosedByInterruptException interruption) {
-                interrupted = true;
+        boolean synced = false;
+        try {
+            while (!synced) {
+                interrupted |= Thread.interrupted();
+                try (FileChannel channel = (FileChannel) open.invoke(null, arguments)) {
+                    channel.force(true);
+                    synced = true;
+                } catch (ClosedByInterruptException interruption) {
+                    interrupted = true;
+                }
             }
-        }
-        if (interrupted) {
-            Thread.currentThread().interrupt();
+        } finally {
+            if (interrupted) {
+                Thread.currentThread().interrupt();
+            }
         }
     }
 

@@ -29,6 +29,7 @@ public final class ModelStore implements Closeable {
     /** All the rest. An app that only asks for its paths never needs it, nor anything native. */
     private volatile ModelStoreImpl mImpl;
 
+    private final Object mOpening = new Object(); // Not this: apps may lock a store.
     private final Object mClosing = new Object();
     private boolean mClosed;
 
@@ -48,8 +49,9 @@ public final class ModelStore implements Closeable {
     /** On a disk that stands in for the real one, unless it is null. */
     static ModelStore open(File root, Capability capability, long maxSizeBytes, Disk disk)
             throws IOException {
-        if (maxSizeBytes < 0) {
-            throw new IllegalArgumentException("negative budget: " + maxSizeBytes);
+        if (capability == null || maxSizeBytes < 0) {
+            throw new IllegalArgumentException(
+                    "no capability, or a negative budget: " + capability + ", " + maxSizeBytes);
         }
         File absolute = root.getAbsoluteFile();
         if (!absolute.isDirectory()) {
@@ -139,7 +141,7 @@ public final class ModelStore implements Closeable {
         requireOutside();
         synchronized (mClosing) { // Who calls it at the same time returns when it is done.
             ModelStoreImpl impl;
-            synchronized (this) {
+            synchronized (mOpening) {
                 mClosed = true;
                 impl = mImpl;
             }
@@ -169,7 +171,7 @@ public final class ModelStore implements Closeable {
 
     private ModelStoreImpl impl() throws IOException {
         requireOutside();
-        synchronized (this) {
+        synchronized (mOpening) {
             if (mClosed) {
                 throw new IllegalStateException("the store is closed: " + mRoot);
             }
@@ -184,7 +186,7 @@ public final class ModelStore implements Closeable {
 
     /** Throws if a listener calls in the middle of a call. */
     private void requireOutside() {
-        if (Thread.holdsLock(this)) {
+        if (Thread.holdsLock(mOpening)) {
             throw new IllegalStateException("called in the middle of another call of the store");
         }
         ModelStoreImpl impl = mImpl;

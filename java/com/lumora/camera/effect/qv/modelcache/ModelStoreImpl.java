@@ -51,15 +51,25 @@ final class ModelStoreImpl {
             mEntries.dropUnfinished(missing.keySet());
             long bytes = 0;
             for (Map.Entry<String, ModelFile> file : missing.entrySet()) {
-                bytes += file.getValue().sizeBytes() - mEntries.file(file.getKey()).length();
+                bytes += Math.max(0, file.getValue().sizeBytes()
+                        - Disk.size(mEntries.file(file.getKey())));
             }
             mVersions.makeRoom(bytes, kept(update));
+            recordIfComplete(update, null);
             mUpdate = update;
         } finally {
             publish();
             leave();
         }
-        update.commitFinished();
+        boolean begun = false;
+        try {
+            update.commitFinished();
+            begun = true;
+        } finally {
+            if (!begun) {
+                end(update);
+            }
+        }
         return update;
     }
 
@@ -74,6 +84,7 @@ final class ModelStoreImpl {
                 activate(found);
             }
         } finally {
+            publish();
             leave();
         }
     }
@@ -150,7 +161,7 @@ final class ModelStoreImpl {
     }
 
     void requireRunning(Update update) {
-        if (mUpdate != update) {
+        if (mUpdate != update || update.isEnding()) {
             throw new IllegalStateException("the update has ended");
         }
     }
@@ -169,7 +180,7 @@ final class ModelStoreImpl {
         try {
             requireRunning(update);
             String name = writer.mName;
-            mVersions.makeRoom(writer.size() - mEntries.file(name).length(), kept(update));
+            mVersions.makeRoom(writer.size() - Disk.size(mEntries.file(name)), kept(update));
             mFiles.place(name);
             Set<String> damaged = new HashSet<>(mVersions.table().damaged());
             damaged.remove(name);
@@ -200,16 +211,21 @@ final class ModelStoreImpl {
     }
 
     void end(Update update) {
-        boolean running;
         mFiles.lock();
         try {
-            running = mUpdate == update;
-            mUpdate = running ? null : mUpdate;
+            if (mUpdate != update || update.isEnding()) {
+                return;
+            }
+            update.setEnding();
         } finally {
             leave();
         }
-        if (running) {
-            mFiles.closeWriters();
+        try {
+            mFiles.closeWriters(); // while no other update can have any
+        } finally {
+            mFiles.lock();
+            mUpdate = null;
+            leave();
         }
     }
 
@@ -300,8 +316,8 @@ final class ModelStoreImpl {
             mVersions.put(version, false);
             recorded = true;
         } finally {
-            if (!recorded) { // As if the commit had not begun.
-                update.setThere(lastName, false);
+            if (!recorded && lastName != null && !mVersions.table().names().contains(lastName)) {
+                update.setThere(lastName, false); // As if the commit had not begun.
                 mEntries.takeBack(lastName);
             }
         }

@@ -5,37 +5,39 @@ import java.io.File;
 import java.io.IOException;
 import java.io.RandomAccessFile;
 import java.nio.channels.FileLock;
-import java.util.ArrayList;
-import java.util.HashMap;
-import java.util.List;
-import java.util.Map;
+import java.util.Properties;
 
 /**
  * Sees to it that a root has one store, in this process and in all others. The lock is on the file
  * {@code .lock} in the root; the system drops it with the process.
  */
 final class RootLock implements Closeable {
-    /** The roots of this process, with the names of the threads that opened them. */
-    private static final Map<File, String> OPEN = new HashMap<>();
+    /**
+     * The roots of this process, with the names of the threads that opened them. Shared by all class
+     * loaders: the system drops a process's lock with any descriptor of the file that is closed, so
+     * that nobody else in the process may open it.
+     */
+    private static final Properties OPEN = System.getProperties();
 
-    /** Never closed: the system drops a process's lock on a file with any descriptor of it. */
-    private static final List<RandomAccessFile> NOT_OURS = new ArrayList<>();
+    private static final IOException NOT_YET = new IOException("not locked yet");
 
     private final File mRoot;
+    private final String mClaim;
     private RandomAccessFile mFile;
-    private IOException mWhyNotForWriting;
+    private IOException mWhyNotForWriting = NOT_YET;
     private boolean mClosed;
 
     /** @throws IOException that says who else has the root */
     RootLock(File root) throws IOException {
         mRoot = root.getCanonicalFile();
+        mClaim = "modelcache.open:" + mRoot;
         synchronized (OPEN) {
-            String opener = OPEN.get(mRoot);
+            String opener = OPEN.getProperty(mClaim);
             if (opener != null) {
                 throw new IOException(root + " has a store in this process already, opened by the"
                         + " thread \"" + opener + "\"");
             }
-            OPEN.put(mRoot, Thread.currentThread().getName());
+            OPEN.setProperty(mClaim, Thread.currentThread().getName());
         }
         boolean locked = false;
         try {
@@ -65,25 +67,29 @@ final class RootLock implements Closeable {
         return true;
     }
 
+    boolean isForWriting() {
+        return mWhyNotForWriting == null;
+    }
+
     private void lock() throws IOException {
         File file = new File(mRoot, ".lock");
         if (file.isDirectory()) { // Not removed, since another process may be locking it.
             file = new File(file, ".lock");
         }
-        mWhyNotForWriting = null;
+        IOException readOnly = null;
         try {
             mFile = new RandomAccessFile(file, "rw");
         } catch (IOException failure) {
-            mWhyNotForWriting = failure;
-            if (!file.exists()) {
-                return;
+            readOnly = failure;
+            if (file.exists()) {
+                mFile = new RandomAccessFile(file, "r");
             }
-            mFile = new RandomAccessFile(file, "r");
         }
-        if (!tryLock(mWhyNotForWriting != null)) {
+        if (mFile != null && !tryLock(readOnly != null)) {
             throw new IOException(mRoot + " has a store in " + holder());
         }
-        if (mWhyNotForWriting == null) {
+        mWhyNotForWriting = readOnly; // only now, since what is above may have thrown
+        if (readOnly == null) {
             nameHolder();
         }
     }
@@ -92,12 +98,8 @@ final class RootLock implements Closeable {
         try {
             FileLock lock = mFile.getChannel().tryLock(0, Long.MAX_VALUE, shared);
             return lock != null;
-        } catch (RuntimeException elsewhere) { // It overlaps one of another class loader.
-            synchronized (OPEN) {
-                NOT_OURS.add(mFile);
-            }
-            mFile = null;
-            throw new IOException(mRoot + " has a store in this process already", elsewhere);
+        } catch (RuntimeException overlapping) {
+            throw new IOException(mRoot + " has a store in this process already", overlapping);
         }
     }
 
@@ -141,7 +143,7 @@ final class RootLock implements Closeable {
             if (!mClosed) {
                 mClosed = true;
                 closeFile();
-                OPEN.remove(mRoot);
+                OPEN.remove(mClaim);
             }
         }
     }

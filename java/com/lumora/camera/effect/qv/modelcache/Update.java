@@ -19,6 +19,7 @@ public final class Update implements Closeable {
 
     /** The names of the entries that are there. */
     private final Set<String> mThere = new HashSet<>();
+    private boolean mEnding;
 
     Update(ModelStoreImpl store, Version version) {
         mStore = store;
@@ -57,7 +58,15 @@ public final class Update implements Closeable {
         } finally {
             mStore.leave();
         }
-        writer.resume();
+        boolean resumed = false;
+        try {
+            writer.resume();
+            resumed = true;
+        } finally {
+            if (!resumed) {
+                writer.close();
+            }
+        }
         return writer;
     }
 
@@ -90,6 +99,14 @@ public final class Update implements Closeable {
 
     Version version() {
         return mVersion;
+    }
+
+    boolean isEnding() {
+        return mEnding;
+    }
+
+    void setEnding() {
+        mEnding = true;
     }
 
     boolean isComplete() {

@@ -123,6 +123,11 @@ final class VersionTable {
         return mVersions;
     }
 
+    /** The last one of them, or null. */
+    Version last() {
+        return mVersions.isEmpty() ? null : mVersions.get(mVersions.size() - 1);
+    }
+
     /** In ascending order. */
     List<Integer> numbers() {
         List<Integer> numbers = new ArrayList<>();

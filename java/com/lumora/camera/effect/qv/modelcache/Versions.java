@@ -63,6 +63,9 @@ final class Versions {
 
     private boolean mend(boolean dropped) {
         boolean asLeft = mTable.areRecordsAsLeft();
+        if (!mFiles.isForWriting()) {
+            return false;
+        }
         if (!asLeft) {
             mFiles.natives().reload(); // The metadata may be damaged, or others have written it.
         }
@@ -84,7 +87,7 @@ final class Versions {
         VersionTable next = mTable.with(version, active);
         if (earlier == null) {
             mFiles.natives().index(mCapability, next, version);
-        } else if (!earlier.names().equals(version.names())) {
+        } else if (earlier != mTable.last() || !earlier.names().equals(version.names())) {
             mFiles.natives().index(mCapability, next, null);
         }
         write(next);
@@ -143,10 +146,10 @@ final class Versions {
         return names;
     }
 
-    private long sizeOf(Set<String> names) {
+    private long sizeOf(Set<String> names) throws IOException {
         long size = 0;
         for (String name : names) {
-            size += mEntries.file(name).length();
+            size += Disk.size(mEntries.file(name));
         }
         return size;
     }
@@ -160,15 +163,21 @@ final class Versions {
 
     /** Once the first copy is there, the table is in force. */
     private void write(VersionTable table) throws IOException {
+        if (!mFiles.isForWriting()) {
+            throw new IOException("not locked for writing: " + mFiles.root());
+        }
         VersionTable next = table.next(
                 mFiles.areRecordsCurrent() ? VersionTable.recordsOf(mFiles.root()) : "outdated -");
         byte[] bytes = next.toBytes();
-        mUncertain = true;
+        boolean written = false;
         try {
-            mEntries.replaceOwn(VersionTable.NAME, bytes);
+            mEntries.prepareOwn(VersionTable.NAME, bytes);
+            mUncertain = true;
+            mEntries.replaceOwn(VersionTable.NAME);
             mUncertain = false;
+            written = true;
         } finally {
-            if (mUncertain) {
+            if (!written) {
                 mFiles.natives().outdate();
             }
         }

@@ -101,6 +101,9 @@ class FileStoreTest {
         assertNull(mStore.extra("key"), "which were of what was there");
         assertEquals(new HashSet<>(Arrays.asList(".lock", "metadata.json", "extra", "key")),
                 new HashSet<>(Arrays.asList(mRoot.list())));
+        Files.write(mRoot.toPath().resolve(".old-extra-key"), new byte[5]);
+        mStore.write("key").close();
+        assertFalse(new File(mRoot, ".old-extra-key").exists(), "which would seem to belong back");
         Files.write(mRoot.toPath().resolve(".part-key"), new byte[5]);
         close();
         open();
@@ -136,7 +139,32 @@ class FileStoreTest {
         assertNull(mStore.get("other"));
         assertThrows(IllegalStateException.class, () -> mStore.getOrFetch("other",
                 (key, out) -> mStore.getOrFetch(key, (again, ignored) -> { })));
+        CyclicBarrier bothFetch = new CyclicBarrier(2);
+        ExecutorService two = Executors.newFixedThreadPool(2);
+        List<Future<File>> crossed = new ArrayList<>();
+        for (String[] keys : new String[][] {{"x", "y"}, {"y", "x"}}) {
+            crossed.add(two.submit(() -> mStore.getOrFetch(keys[0], (key, out) -> {
+                try {
+                    bothFetch.await();
+                } catch (Exception broken) {
+                    throw new IOException(broken);
+                }
+                mStore.getOrFetch(keys[1], (other, ignored) -> { });
+            })));
+        }
+        for (Future<File> each : crossed) {
+            assertThrows(ExecutionException.class, () -> each.get(10, TimeUnit.SECONDS));
+        }
         assertEquals(0, mStore.getOrFetch("other", (key, out) -> { }).length());
+        CountDownLatch closed = new CountDownLatch(1);
+        Future<File> waiting = two.submit(() -> mStore.getOrFetch("late", (key, out) -> {
+            mStore.close();
+            closed.countDown();
+        }));
+        assertTrue(closed.await(10, TimeUnit.SECONDS));
+        assertThrows(ExecutionException.class, waiting::get);
+        assertThrows(IllegalStateException.class, () -> mStore.getOrFetch("late", null));
+        two.shutdown();
     }
 
     @Test

@@ -6,6 +6,8 @@ import static org.junit.jupiter.api.Assertions.*;
 
 import com.zentrel.vistabase.assets.modelcache.facetracker.FacetrackerModelCache;
 import java.io.*;
+import java.lang.reflect.*;
+import java.net.*;
 import java.nio.file.*;
 import java.util.*;
 import org.junit.jupiter.api.*;
@@ -52,6 +54,11 @@ class ModelStoreTest {
         assertThrows(IllegalArgumentException.class, () -> mStore.activate(1));
         mStore.trimExcept(9);
         assertActive(2, mStore);
+        mStore.begin(3, files(2)).close();
+        assertEquals(asList(2, 3), mStore.versions(), "all of its files were there");
+        synchronized (mStore) {
+            mStore.activate(3);
+        }
     }
 
     @Test
@@ -153,6 +160,7 @@ class ModelStoreTest {
                 asList(good.get(0), good.get(1), good.get(2), longer),
                 asList(good.get(0), good.get(1), good.get(2), foreign),
                 asList(good.get(0), good.get(1), good.get(2), good.get(2)));
+        assertThrows(IllegalArgumentException.class, () -> ModelStore.open(mRoot, null, 1));
         for (List<ModelFile> files : bad) {
             assertThrows(IllegalArgumentException.class, () -> mStore.begin(1, files));
         }
@@ -169,7 +177,7 @@ class ModelStoreTest {
     }
 
     @Test
-    void oneUpdateAndOneStoreAtATime() throws IOException {
+    void oneUpdateAndOneStoreAtATime() throws Exception {
         update(mStore, 1);
         Update update = mStore.begin(2, files(2));
         assertThrows(IllegalStateException.class, () -> mStore.begin(3, files(3)));
@@ -177,6 +185,21 @@ class ModelStoreTest {
         String message = messageOf(IOException.class, () -> Samples.open(mRoot));
         assertTrue(message.contains("in this process already"), message);
         assertThrows(IOException.class, () -> FileStore.open(new File(mRoot, "../" + mRoot.getName()), 1));
+        String[] path = System.getProperty("java.class.path").split(File.pathSeparator);
+        URL[] urls = new URL[path.length];
+        for (int i = 0; i < path.length; ++i) {
+            urls[i] = new File(path[i]).toURI().toURL();
+        }
+        Method open = new URLClassLoader(urls, null).loadClass(FileStore.class.getName())
+                .getMethod("open", File.class, long.class);
+        message = messageOf(IOException.class, () -> {
+            try {
+                open.invoke(null, mRoot, 1L);
+            } catch (InvocationTargetException failure) {
+                throw failure.getCause();
+            }
+        });
+        assertTrue(message.contains("opened by"), message);
         mStore.close();
         mStore.close();
         for (Executable call : new Executable[] {() -> mStore.paths(), () -> mStore.versions(),
@@ -266,35 +289,6 @@ class ModelStoreTest {
             update.activate();
         }
         assertActive(2, mStore);
-    }
-
-    @Test
-    void aWriterThatFailedWritesNoMore() throws IOException {
-        boolean[] fails = {true};
-        mStore.close();
-        mStore = ModelStore.open(mRoot, CAPABILITY, VERSION_SIZE, new Disk() {
-            @Override
-            FileOutputStream open(File file, boolean append) throws IOException {
-                return new FileOutputStream(file, append) {
-                    @Override
-                    public void write(byte[] bytes, int offset, int length) throws IOException {
-                        super.write(bytes, offset, fails[0] ? length / 2 : length);
-                        if (fails[0]) {
-                            throw new IOException("disk full");
-                        }
-                    }
-                };
-            }
-        });
-        byte[] bytes = bytes(files(1).get(0).type(), 1);
-        Update update = mStore.begin(1, files(1));
-        ModelWriter failed = update.write(files(1).get(0));
-        assertThrows(IndexOutOfBoundsException.class, () -> failed.write(bytes, 0, SIZE + 1));
-        assertThrows(IOException.class, () -> failed.write(bytes));
-        fails[0] = false;
-        assertThrows(IOException.class, () -> failed.write(bytes));
-        assertThrows(IOException.class, failed::commit);
-        assertEquals(SIZE / 2, update.write(files(1).get(0)).offset());
     }
 
     @Test

@@ -77,8 +77,10 @@ class SoftErrorsTest {
     void aStoreThatAListenerCallsRefusesWhileItIsBusy() throws Exception {
         FileStore files = FileStore.open(mRoot.toFile(), 10);
         List<Object> results = new ArrayList<>();
+        EntryWriter other = files.write("other");
         SoftErrors.setListener((file, function, line, severity, category, message) -> {
             results.add(assertThrows(IllegalStateException.class, files::close));
+            results.add(assertThrows(IllegalStateException.class, other::close));
             results.add(assertThrows(IllegalStateException.class, () -> files.remove("key")));
         });
         Files.write(mRoot.resolve("metadata.json"), new byte[] {'{'});
@@ -88,6 +90,7 @@ class SoftErrorsTest {
         assertFalse(results.isEmpty());
         SoftErrors.setListener(null);
         assertNotNull(files.get("key"));
+        other.commit();
         files.close();
     }
 }

@@ -22,6 +22,7 @@ final class StandInDisk extends Disk {
     private final Map<File, byte[]> mSynced = new HashMap<>();
     private final Map<File, Map<String, byte[]>> mFolders = new HashMap<>();
     private File mRenamedLast;
+    private File mRenamedFrom;
 
     /** @param fails throws IOException from that step on, instead of dying */
     StandInDisk(int steps, boolean fails) {
@@ -58,6 +59,9 @@ final class StandInDisk extends Disk {
             if (names == Names.LAST && mRenamedLast != null
                     && mRenamedLast.getParentFile().equals(folder)) {
                 left.put(mRenamedLast.getName(), mSynced.getOrDefault(mRenamedLast, GARBAGE));
+                if (mRenamedFrom.getParentFile().equals(folder)) { // A file never has both names.
+                    left.remove(mRenamedFrom.getName());
+                }
             }
             for (File file : folder.isDirectory() ? folder.listFiles() : new File[0]) {
                 if (file.isFile()) {
@@ -125,6 +129,7 @@ final class StandInDisk extends Disk {
         step();
         super.rename(from, to);
         mRenamedLast = to;
+        mRenamedFrom = from;
         byte[] synced = mSynced.remove(from);
         mSynced.remove(to);
         if (synced != null) {

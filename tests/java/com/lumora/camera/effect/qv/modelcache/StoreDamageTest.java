@@ -82,7 +82,16 @@ class StoreDamageTest {
 
     @Test
     void withoutAnyTableTheIndexTellsWhatTheDigestsConfirm() throws IOException {
+        try (ModelStore store = Samples.open(mRoot.toFile())) {
+            store.activate(1);
+        }
         replaceInTables("file face_tracker_model.bin 1000 ", "file face_tracker_model.bin ../");
+        try (ModelStore store = Samples.open(mRoot.toFile())) {
+            assertEquals(Arrays.asList(1, 2), store.versions());
+            assertActive(1, store);
+        }
+        Files.delete(mRoot.resolve(".versions"));
+        Files.delete(mRoot.resolve("extra/.versions"));
         Files.write(mRoot.resolve(files(1).get(0).sha256() + "-face_tracker_model.bin"),
                 new byte[SIZE]);
         try (ModelStore store = Samples.open(mRoot.toFile())) {

@@ -47,6 +47,7 @@ class StoreDiskTest {
             assertThrows(IOException.class, () -> update.write(files(3).get(1)).write(1));
             assertThrows(IOException.class, () -> store.activate(1));
             assertActive(2, store);
+            store.trimExcept(1); // which drops nothing but parts
         }
         for (String lost : new String[] {null, "metadata.json", "versioned_index"}) {
             if (lost != null) {
@@ -89,21 +90,33 @@ class StoreDiskTest {
         Path elsewhere = Files.createTempDirectory("elsewhere");
         copy(mFolder, elsewhere);
         try (ModelStore other = Samples.open(elsewhere.toFile())) {
-            other.activate(1);
+            update(other, 3);
+            other.trimExcept();
         }
         Files.delete(mFolder.resolve(".lock"));
         assertEquals(0, run("mount", "-o", "remount,ro", mRoot.getPath()));
         try (ModelStore store = Samples.open(mRoot)) {
             assertEquals(0, run("mount", "-o", "remount,rw", mRoot.getPath()));
-            copy(elsewhere, mFolder); // As another process might have done, while nothing was locked.
+            assertActive(2, store);
+            for (File file : mRoot.listFiles()) { // Another process may do that: nothing is locked.
+                new Disk().delete(file);
+            }
+            copy(elsewhere, mFolder);
+            assertEquals(4, store.verify().size());
+            try (RandomAccessFile lock = new RandomAccessFile(new File(mRoot, ".lock"), "rw")) {
+                assertNotNull(lock.getChannel().lock());
+                for (int i = 0; i < 2; ++i) {
+                    assertThrows(IOException.class, () -> store.begin(2, files(2)));
+                }
+            }
             store.begin(2, files(2)).close();
-            assertActive(1, store);
+            assertActive(3, store);
         }
         new Disk().delete(elsewhere.toFile());
         assertEquals(0, run("mount", "-o", "remount,ro", mRoot.getPath()));
         try (FileStore store = FileStore.open(mRoot, 1_000_000)) {
             assertNull(store.get("absent"));
-            assertNotNull(store.get(files(2).get(0).sha256() + "-" + files(2).get(0).type()));
+            assertNotNull(store.get(files(3).get(0).sha256() + "-" + files(3).get(0).type()));
             assertThrows(IOException.class, () -> store.write("key"));
             assertThrows(IOException.class, () -> store.remove("key"));
         }

@@ -6,6 +6,7 @@ import static org.junit.jupiter.api.Assertions.*;
 import java.io.*;
 import java.nio.file.*;
 import java.util.*;
+import java.util.concurrent.*;
 import java.util.stream.Stream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
@@ -123,36 +124,109 @@ class StoreFaultTest {
         }
     }
 
+    private final HookedDisk mDisk = new HookedDisk();
+
+    /** Fails once, at a step with a file of that name. */
+    private void failAt(String failing, String name) {
+        mDisk.hook = (step, file) -> {
+            if (step.equals(failing) && (file == null || file.getName().equals(name))) {
+                mDisk.hook = (any, more) -> { };
+                throw new IOException("stand-in failure");
+            }
+        };
+    }
+
     @Test
     void whatTheTableOnDiskMayNeedIsNotDeleted() throws IOException {
         fill(mFolder);
         File root = mFolder.toFile();
-        String[] plan = {""};
-        Disk disk = new Disk() {
-            @Override
-            void syncFolder(File folder) throws IOException {
-                if (plan[0].equals("fail")) {
-                    throw new IOException("stand-in failure");
-                }
-                super.syncFolder(folder);
-            }
-
-            @Override
-            void delete(File file) throws IOException {
-                super.delete(file);
-                if (plan[0].equals("die")) {
-                    throw new StandInDisk.Death();
-                }
-            }
-        };
-        try (ModelStore store = ModelStore.open(root, CAPABILITY, TWO_VERSIONS, disk)) {
-            plan[0] = "fail"; // after the table with the other active version has its name
+        try (ModelStore store = ModelStore.open(root, CAPABILITY, TWO_VERSIONS, mDisk)) {
+            failAt("syncFolder", root.getName()); // The table with the other version has its name.
             assertThrows(IOException.class, () -> store.activate(1));
-            plan[0] = "die";
+            mDisk.hook = (step, file) -> {
+                if (step.equals("delete") && file.getParentFile().getName().equals("extra")) {
+                    throw new StandInDisk.Death(); // once the first file has been deleted
+                }
+            };
             assertThrows(StandInDisk.Death.class, () -> store.trimExcept());
+            mDisk.hook = (any, more) -> { };
         }
         try (ModelStore store = Samples.open(root)) {
             assertActive(2, store);
         }
+    }
+
+    @Test
+    void aFailedCommitTakesNothingFromTheActiveVersion() throws IOException {
+        fill(mFolder);
+        try (ModelStore store = ModelStore.open(mFolder.toFile(), CAPABILITY, TWO_VERSIONS, mDisk)) {
+            Files.write(Paths.get(store.paths().get("pdm_multires.bin")), new byte[SIZE]);
+            assertEquals(files(2).subList(3, 4), store.verify());
+            try (Update update = store.begin(3, files(3))) {
+                for (ModelFile file : update.missing()) {
+                    if (file.type().equals("pdm_multires.bin")) {
+                        mDisk.hook = (step, at) -> {
+                            if (step.equals("rename") && at.getName().equals(".versions")) {
+                                throw new IOException("stand-in failure");
+                            }
+                        };
+                        assertThrows(IOException.class, () -> download(update, file, 3));
+                        mDisk.hook = (any, more) -> { };
+                    } else {
+                        download(update, file, 3);
+                    }
+                }
+            }
+            assertActive(2, store);
+        }
+    }
+
+    @Test
+    void aWriterThatFailedWritesNoMore() throws Exception {
+        ModelFile file = files(1).get(0);
+        byte[] bytes = bytes(file.type(), 1);
+        try (ModelStore store = ModelStore.open(mFolder.toFile(), CAPABILITY, VERSION_SIZE, mDisk);
+                Update update = store.begin(1, files(1))) {
+            ModelWriter failed = update.write(file);
+            assertThrows(IndexOutOfBoundsException.class, () -> failed.write(bytes, 0, SIZE + 1));
+            failAt("write", ".part-" + file.sha256() + "-" + file.type());
+            assertThrows(IOException.class, () -> failed.write(bytes));
+            assertThrows(IOException.class, () -> failed.write(bytes));
+            assertThrows(IOException.class, failed::commit);
+            ModelWriter unsynced = update.write(file);
+            mDisk.hook = (any, more) -> { };
+            unsynced.write(bytes);
+            failAt("sync", null);
+            assertThrows(IOException.class, unsynced::commit);
+            assertEquals(0, update.write(file).offset());
+        }
+    }
+
+    @Test
+    void anUpdateThatEndsIsNotOvertaken() throws Exception {
+        ModelFile file = files(1).get(0);
+        ExecutorService other = Executors.newSingleThreadExecutor();
+        try (ModelStore store = ModelStore.open(mFolder.toFile(), CAPABILITY, VERSION_SIZE, mDisk)) {
+            Update update = store.begin(1, files(1));
+            update.write(file).write(bytes(file.type(), 1));
+            mDisk.hook = (step, part) -> {
+                mDisk.hook = (any, more) -> { };
+                assertThrows(ExecutionException.class,
+                        () -> other.submit(() -> store.begin(1, files(1))).get());
+            };
+            update.close();
+            try (Update next = store.begin(1, files(1))) {
+                assertEquals(3, next.missing().size());
+            }
+        }
+        other.shutdown();
+    }
+
+    @Test
+    void foldersAreSyncedAsTheyAreMade() throws IOException {
+        List<String> synced = new ArrayList<>();
+        mDisk.hook = (step, folder) -> synced.add(folder.getName());
+        mDisk.createFolder(mFolder.resolve("a/b/c").toFile());
+        assertEquals(Arrays.asList(mFolder.getFileName().toString(), "a", "b"), synced);
     }
 }
