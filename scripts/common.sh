@@ -9,10 +9,10 @@ build_packages=(
   ninja-build
   openjdk-17-jdk-headless
 )
-# For modelcache-inspect: its command line.
-tool_packages=(libcli11-dev)
-# The tests' frameworks: the usual ones for C++ and for Java.
-test_packages=(libgmock-dev libgtest-dev junit5)
+# For modelcache-inspect: its command line, and SHA-256.
+tool_packages=(libcli11-dev libssl-dev)
+# The tests' frameworks: the usual ones for C++ and for Java; what reads the inspector's JSON.
+test_packages=(jq libgmock-dev libgtest-dev junit5)
 # Real face-detection models, and small enough to be in Debian.
 demo_packages=(opencv-data)
 # Shrinks the demo as a release build of an app would be.

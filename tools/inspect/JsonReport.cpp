@@ -1,102 +1,84 @@
-#include "tools/inspect/JsonReport.h"
-
-#include <boost/json/array.hpp>
-#include <boost/json/object.hpp>
-#include <utility>
+#include <boost/describe/class.hpp>
+#include <boost/json/value_from.hpp>
+#include <cstdio>
 
 #include "support/json/JsonValue.h"
+#include "support/util/Utf.h"
+#include "tools/inspect/Terminal.h"
+#include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
+
+BOOST_DESCRIBE_STRUCT(OwnFile, (), (present, readable, damage))
+BOOST_DESCRIBE_STRUCT(Entry, (),
+                      (name, state, recordedSize, lastAccess, sizeOnDisk, extraSize, evicted,
+                       versions))
+BOOST_DESCRIBE_STRUCT(Group, (), (name, size, files))
+BOOST_DESCRIBE_STRUCT(Model, (), (type, cacheKey, name, size, recordedSize, sha256, shared))
+BOOST_DESCRIBE_STRUCT(Capability, (), (name, missing))
+BOOST_DESCRIBE_STRUCT(Version, (), (version, active, size, models, capabilities))
+BOOST_DESCRIBE_STRUCT(Finding, (), (name, text))
+BOOST_DESCRIBE_STRUCT(Report, (),
+                      (root, metadata, index, table, groups, totalSize, budget, entries, others,
+                       versions, verifiedFiles, findings))
+
 namespace {
 
-template <class Number>
-JsonValue orNull(const std::optional<Number>& number) {
-  return number ? JsonValue(static_cast<std::int64_t>(*number)) : JsonValue(nullptr);
-}
-
-boost::json::array strings(const std::vector<std::string>& texts) {
-  boost::json::array result;
-  for (const std::string& text : texts) {
-    result.emplace_back(text);
-  }
-  return result;
-}
-
-template <class Item, class Convert>
-boost::json::array array(const std::vector<Item>& items, const Convert& convert) {
-  boost::json::array result;
-  for (const Item& item : items) {
-    result.push_back(convert(item));
-  }
-  return result;
-}
-
-boost::json::object toObject(const OwnFile& file) {
-  boost::json::object result{
-      {"state", file.damage ? "damaged" : (file.present ? "present" : "missing")}};
-  if (const auto& damage = file.damage) {
-    result["reason"] = damage->reason;
-    if (damage->place) {
-      result["byte"] = damage->place->byte;
-      result["line"] = damage->place->line;
-      result["column"] = damage->place->column;
+/// Makes UTF-8 of all strings, and keeps beside them the bytes of those that were none.
+void makeText(JsonValue& value) {
+  if (value.is_array()) {
+    for (JsonValue& element : value.get_array()) {
+      makeText(element);
     }
-    if (!damage->element.empty()) {
-      result["element"] = damage->element;
+  } else if (value.is_object()) {
+    boost::json::object bytes;
+    for (auto& [name, member] : value.get_object()) {
+      if (!member.is_string()) {
+        makeText(member);
+        continue;
+      }
+      const std::string text = toUtf8(std::string_view(member.get_string()), false,
+                                      [](std::string_view) { return "\xEF\xBF\xBD"; });
+      if (text != std::string_view(member.get_string())) {
+        bytes[std::string(name) + "Hex"] = toHex(member.get_string());
+        member = text;
+      }
     }
+    value.get_object().insert(bytes.begin(), bytes.end());
   }
-  return result;
 }
 
-boost::json::object toObject(const Entry& entry) {
-  return {
-      {"name", entry.name},
-      {"state", entry.state()},
-      {"recordedSize", orNull(entry.recordedSize)},
-      {"sizeOnDisk", orNull(entry.sizeOnDisk)},
-      {"lastAccess", orNull(entry.lastAccess)},
-      {"lastAccessDate", entry.lastAccess.value_or(0) == 0
-                             ? JsonValue(nullptr)
-                             : JsonValue(toDate(*entry.lastAccess, true))},
-      {"extraSize", orNull(entry.extraSize)},
-  };
-}
-
-boost::json::object toObject(const Model& model) {
-  return {{"type", model.type}, {"cacheKey", model.cacheKey}, {"present", model.present}};
-}
-
-boost::json::object toObject(const Capability& capability) {
-  return {{"name", capability.name},
-          {"complete", capability.missing.empty()},
-          {"missing", strings(capability.missing)}};
-}
-
-boost::json::object toObject(const Version& version) {
-  return {
-      {"version", version.number},
-      {"models", array(version.models, [](const Model& model) { return toObject(model); })},
-      {"capabilities", array(version.capabilities,
-                             [](const Capability& capability) { return toObject(capability); })},
-  };
+std::string toLine(JsonValue value) {
+  makeText(value);
+  return toUtf8(json::write(value), true,
+                [](std::string_view run) {
+                  std::size_t begin = 0;
+                  char code[16];
+                  std::snprintf(code, sizeof code, "\\u%04x",
+                                static_cast<unsigned>(decodeUtf8(run, begin).value_or(0)));
+                  return std::string(code);
+                }) +
+         '\n';
 }
 
 }  // namespace
 
+std::string toHex(std::string_view bytes) {
+  std::string digits;
+  for (const char byte : bytes) {
+    char pair[3];
+    std::snprintf(pair, sizeof pair, "%02x", static_cast<unsigned char>(byte));
+    digits += pair;
+  }
+  return digits;
+}
+
 std::string toJson(const Report& report) {
-  boost::json::object root{
-      {"root", report.root},
-      {"metadata", toObject(report.metadata)},
-      {"entries", array(report.entries, [](const Entry& entry) { return toObject(entry); })},
-      {"totalSize", report.totalSize},
-      {"budget", orNull(report.budget)},
-      {"evictedNext", strings(report.evictedNext)},
-      {"index", toObject(report.index)},
-      {"versions",
-       array(report.versions, [](const Version& version) { return toObject(version); })},
-      {"findings", strings(report.findings)},
-  };
-  return json::write(std::move(root)) + '\n';
+  return toLine(boost::json::value_from(report));
+}
+
+std::string toJson(const std::string& root, const std::string& error) {
+  return toLine({{"root", root}, {"error", error}});
 }
 
 }  // namespace zentrel::vistabase::ardelivery::inspect

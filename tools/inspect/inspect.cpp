@@ -1,11 +1,14 @@
-#include "tools/inspect/inspect.h"
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <boost/filesystem/directory.hpp>
 #include <boost/filesystem/operations.hpp>
 #include <exception>
 #include <map>
 #include <memory>
+#include <set>
 #include <stdexcept>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -14,228 +17,294 @@
 #include "delivery/FileCache/CacheMetadata.h"
 #include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
 #include "delivery/FileCache/CacheMetadataSerializer.h"
-#include "delivery/FileCache/recoverMetadata.h"
 #include "delivery/ModelCache/VersionedModelCacheImpl.h"
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"
+#include "support/json/JsonValue.h"
 #include "tools/inspect/Terminal.h"
+#include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
 namespace {
 
 namespace fs = boost::filesystem;
 
-/// Without a trace of a cache, a folder is more likely one that was named by mistake. An empty one
-/// is a cache that nobody has used yet.
-void requireCache(const fs::path& root, bool force) {
-  FilesystemOperations filesystem;
-  const std::string quoted = "'" + root.string() + "'";
-  if (!filesystem.exists(root)) {
+enum Sort { kEntries, kOwn, kUnfinished, kOthers };
+
+Sort sortOf(const std::string& name) {
+  const auto beginsWith = [&name](std::string_view text) { return name.rfind(text, 0) == 0; };
+  if (name == kMetadataName || name == kExtraName || name == kDamagedMetadataName ||
+      name == kTableName || name == ".lock") {
+    return kOwn;
+  }
+  if (beginsWith(".part-") || beginsWith(".new-") || beginsWith(".old-extra-")) {
+    return kUnfinished;
+  }
+  return beginsWith(".") ? kOthers : kEntries;
+}
+
+bool isRoot(const std::unordered_set<std::string>& names) {
+  return std::any_of(names.begin(), names.end(), [](const std::string& name) {
+    return name == VersionedModelCacheImpl::kIndexKey || sortOf(name) == kOwn;
+  });
+}
+
+std::unordered_set<std::string> namesIn(const fs::path& folder) {
+  const std::string quoted = "'" + folder.string() + "'";
+  if (!fs::exists(folder)) {
     throw std::runtime_error("there is no folder " + quoted);
   }
-  if (!fs::is_directory(root)) {
+  if (!fs::is_directory(folder)) {
     throw std::runtime_error(quoted + " is no folder; name the one that holds metadata.json");
   }
-  const auto names = filesystem.listDirectory(root);
-  const bool hasTrace = names.count(kMetadataName) != 0 || names.count(kDamagedMetadataName) != 0 ||
-                        names.count(kExtraName) != 0 ||
-                        names.count(VersionedModelCacheImpl::kIndexKey) != 0;
-  if (!force && !hasTrace && !names.empty()) {
-    throw std::runtime_error(
-        quoted +
-        " does not look like a cache: it has no metadata.json (--force shows it all the same)");
-  }
+  return FilesystemOperations().listDirectory(folder);
 }
 
-OwnFile readMetadata(const fs::path& root, std::unique_ptr<ICacheMetadata>& metadata) {
-  CacheMetadataSerializer serializer;
-  OwnFile file = readOwnFile(root, kMetadataName, [&](const std::string& text) {
-    metadata = serializer.deserialize(text).release();
-  });
-  if (!file.present || file.damage) {
-    metadata = std::make_unique<CacheMetadata>();
+/// The place and the cause, in one printable line.
+std::string describe(const json::Error& error, std::string_view text) {
+  if (!error.byte()) {
+    return printable((error.path().empty() ? "" : error.path() + ": ") + error.cause());
   }
-  return file;
+  constexpr std::size_t shown = 24;
+  const std::string_view before = text.substr(0, *error.byte());
+  const std::string_view line = before.substr(before.rfind('\n') + 1);  // npos + 1 is 0.
+  const std::string_view end = line.substr(line.size() - std::min(line.size(), shown));
+  return "line " + std::to_string(std::count(before.begin(), before.end(), '\n') + 1) +
+         ", column " + std::to_string(line.size() + 1) + ", after \"" + printable(end) +
+         "\": " + printable(error.cause());
 }
 
-/// Builds the list of entries, by name, out of the records and of what lies on disk.
-class Entries {
+class Inspection {
  public:
-  explicit Entries(fs::path root) : root_(std::move(root)) {}
-
-  void addRecords(const ICacheMetadata& stored) {
-    for (const auto& [name, record] : stored.getEntries()) {
-      Entry& entry = at(name);
-      entry.recordedSize = record.size;
-      entry.lastAccess = record.lastAccess;
-    }
+  Inspection(const std::string& root, const Options& options)
+      : path_(root), options_(options), names_(namesIn(root)) {
+    report_.root = root;
+    report_.groups = {{"entries"}, {"the cache's own"}, {"unfinished"}, {"others"}};
   }
 
-  /// `reconciled` has exactly the records of what lies on disk.
-  void addFiles(const ICacheMetadata& reconciled) {
-    for (const auto& [name, record] : reconciled.getEntries()) {
-      Entry& entry = at(name);
-      entry.onDisk = true;
-      entry.sizeOnDisk = measure(root_ / name);
-    }
-  }
-
-  void addExtras(std::vector<std::string>& findings) {
-    const fs::path folder = root_ / kExtraName;
-    if (!filesystem_.exists(folder)) {
-      return;
-    }
-    for (const std::string& name : filesystem_.listDirectory(folder)) {
-      const auto found = entries_.find(name);
-      if (found == entries_.end()) {
-        findings.push_back("extra/" + printable(name) + " belongs to no entry");
-      } else {
-        found->second.extraSize = measure(folder / name);
-      }
-    }
-  }
-
-  std::vector<Entry> take() {
-    std::vector<Entry> list;
+  Report run() {
+    readRecords();
+    readFiles();
+    readExtras();
     for (auto& [name, entry] : entries_) {
-      list.push_back(std::move(entry));
+      findIn(entry);
     }
-    return list;
+    if (options_.budget) {
+      judgeBudget(*options_.budget);
+    }
+    takeEntries();
+    inspectVersions(report_);
+    if (options_.verify) {
+      verify(report_);
+    }
+    return std::move(report_);
   }
 
  private:
-  Entry& at(const std::string& name) {
-    Entry& entry = entries_[name];
-    entry.name = name;
-    return entry;
+  void readRecords() {
+    report_.metadata = readOwnFile(report_, kMetadataName, [this](const std::string& text) {
+      stored_ = CacheMetadataSerializer().deserialize(text).release();
+    });
+    for (const auto& [name, record] : stored_->getEntries()) {
+      entries_[name] = {name, "only recorded", record.size, record.lastAccess};
+    }
   }
 
-  std::optional<std::uint64_t> measure(const fs::path& path) {
+  /// Adds what lies on disk, and what the cache itself would make of it.
+  void readFiles() {
+    std::unordered_set<std::string> ignored{kMetadataName, kExtraName};
+    for (const std::string& name : std::set<std::string>(names_.begin(), names_.end())) {
+      const auto record = entries_.find(name);
+      const bool isRecorded = record != entries_.end();
+      const Sort sort = isRecorded ? kEntries : sortOf(name);
+      Entry file = isRecorded ? record->second : Entry{name};
+      const std::int64_t changed = weigh(name, report_.groups[sort]);
+      file.sizeOnDisk = measure(name);
+      if (sort == kEntries) {
+        file.state = isRecorded ? "present" : "only on disk";
+        entries_[name] = file;
+      } else if (sort != kOwn) {
+        file.state = sort == kUnfinished ? "unfinished" : "other";
+        file.lastAccess = changed;
+        report_.others.push_back(file);
+      }
+      if (sort == kUnfinished) {
+        report_.find(name, "was begun and not ended");
+      } else if (sort == kEntries && !file.sizeOnDisk) {
+        report_.find(name, isRecorded ? "cannot be measured"
+                                      : "cannot be measured: every operation of the cache fails");
+        ignored.insert(name);
+      }
+    }
+    CacheMetadataFilesystemSynchronizer synchronizer(
+        quovix::make_shared_ref<FilesystemOperations>());
+    reconciled_ = synchronizer.synchronize(std::move(stored_), path_, ignored).metadata;
+    report_.totalSize = reconciled_->getTotalSize();
+  }
+
+  /// Adds all files at or below that name to the group, links among them as what they are. Returns
+  /// when the first was changed.
+  std::int64_t weigh(const std::string& name, Group& group) {
+    const std::int64_t changed = addFile(path_ / name, group);
+    boost::system::error_code error;
+    if (fs::symlink_status(path_ / name, error).type() == fs::directory_file) {
+      fs::recursive_directory_iterator each(path_ / name, error);
+      while (!error && each != fs::recursive_directory_iterator()) {
+        addFile(each->path(), group);
+        each.increment(error);
+      }
+    }
+    if (error) {
+      report_.find(name, "cannot be read through: " + error.message());
+    }
+    return changed;
+  }
+
+  std::int64_t addFile(const fs::path& path, Group& group) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) {
+      return 0;  // It was deleted just now.
+    }
+    if (!S_ISDIR(status.st_mode) &&
+        (status.st_nlink == 1 || linked_.insert({status.st_dev, status.st_ino}).second)) {
+      group.size += static_cast<std::uint64_t>(status.st_size);
+      ++group.files;
+    }
+    return std::int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
+  }
+
+  std::optional<std::int64_t> measure(const std::string& name) {
     try {
-      return filesystem_.getSize(path);
+      return static_cast<std::int64_t>(FilesystemOperations().getSize(path_ / name));
     } catch (const std::exception&) {
       return std::nullopt;
     }
   }
 
-  fs::path root_;
-  FilesystemOperations filesystem_;
-  std::map<std::string, Entry> entries_;
-};
-
-/// The records with which the cache itself would go on. This only reads; it is the cache that saves
-/// the result.
-std::unique_ptr<ICacheMetadata> reconcile(const fs::path& root,
-                                          std::unique_ptr<ICacheMetadata> stored) {
-  CacheMetadataFilesystemSynchronizer synchronizer(quovix::make_shared_ref<FilesystemOperations>());
-  try {
-    return synchronizer.synchronize(std::move(stored), root, {kMetadataName, kExtraName}).metadata;
-  } catch (const std::exception& error) {
-    throw std::runtime_error(std::string("the cache itself fails on this root: ") + error.what());
-  }
-}
-
-void findInEntry(const Entry& entry, std::vector<std::string>& findings) {
-  const std::string name = printable(entry.name);
-  if (!entry.onDisk) {
-    findings.push_back(name + " is recorded, but not on disk");
-  } else if (!entry.recordedSize) {
-    findings.push_back(name + " is on disk, but not recorded");
-  } else if (!entry.sizeOnDisk) {
-    findings.push_back(name + " cannot be measured");
-  } else if (static_cast<std::int64_t>(*entry.sizeOnDisk) != *entry.recordedSize &&
-             // Nobody commits the index: its recorded size is the one it had when it was adopted.
-             entry.name != VersionedModelCacheImpl::kIndexKey) {
-    findings.push_back(name + " has " + std::to_string(*entry.sizeOnDisk) + " bytes, but " +
-                       std::to_string(*entry.recordedSize) + " are recorded");
-  }
-}
-
-void findInMetadata(Report& report) {
-  std::vector<std::string>& findings = report.findings;
-  if (report.metadata.damage) {
-    findings.push_back("metadata.json is damaged: " + report.metadata.damage->describe());
-  } else if (report.metadata.present) {
-    for (const Entry& entry : report.entries) {
-      findInEntry(entry, findings);
+  void readExtras() {
+    std::unordered_set<std::string> names;
+    try {
+      names = names_.count(kExtraName) == 0 ? names : namesIn(path_ / kExtraName);
+    } catch (const std::exception&) {
+      report_.find(kExtraName, "is no folder that can be read: there are no extra bytes");
     }
-  } else if (!report.entries.empty()) {
-    findings.emplace_back("there is no metadata.json: no entry is recorded");
+    for (const std::string& name : names) {
+      const std::string path = std::string(kExtraName) + "/" + name;
+      const auto found = entries_.find(name);
+      if (found != entries_.end()) {
+        found->second.extraSize = measure(path);
+      } else if (name != kTableName) {
+        report_.find(path, "belongs to no entry");
+      }
+    }
   }
-}
 
-void judgeBudget(std::int64_t budget, const ICacheMetadata& reconciled, Report& report) {
-  report.budget = budget;
-  report.evictedNext = CacheEvictor(budget).selectKeysToEvict(reconciled);
-  if (report.totalSize > budget) {
-    report.findings.push_back("the total exceeds the budget by " +
-                              std::to_string(wrappingSubtract(report.totalSize, budget)) +
-                              " bytes");
+  void findIn(const Entry& entry) {
+    if (!report_.metadata.present || report_.metadata.damage) {
+      return;  // That is the finding.
+    }
+    if (entry.state != "present") {
+      report_.find(entry.name, entry.recordedSize ? "is recorded, but not on disk"
+                                                  : "is on disk, but not recorded");
+    } else if (entry.sizeOnDisk && entry.sizeOnDisk != entry.recordedSize &&
+               // Nobody commits the index: its recorded size is the one when it was adopted.
+               entry.name != VersionedModelCacheImpl::kIndexKey) {
+      report_.find(entry.name, "has " + std::to_string(*entry.sizeOnDisk) + " bytes, but " +
+                                   std::to_string(*entry.recordedSize) + " are recorded");
+    }
   }
-}
+
+  void judgeBudget(std::int64_t budget) {
+    report_.budget = budget;
+    std::int64_t place = 0;
+    for (const std::string& name : CacheEvictor(budget).selectKeysToEvict(*reconciled_)) {
+      entries_[name].evicted = ++place;
+    }
+    if (report_.totalSize > budget) {
+      report_.find({}, "the total exceeds the budget by " +
+                           std::to_string(wrappingSubtract(report_.totalSize, budget)) + " bytes");
+    }
+  }
+
+  void takeEntries() {
+    if (!report_.metadata.present && !entries_.empty() && names_.count(kTableName) == 0) {
+      report_.find({}, "there is no metadata.json: no entry is recorded");
+    }
+    for (auto& [name, entry] : entries_) {
+      report_.entries.push_back(std::move(entry));
+    }
+    const auto isBefore = [this](const Entry& left, const Entry& right) {
+      return options_.sort == "size"  ? left.size() > right.size()
+             : options_.sort == "age" ? left.lastAccess < right.lastAccess
+                                      : left.name < right.name;
+    };
+    std::stable_sort(report_.entries.begin(), report_.entries.end(), isBefore);
+    std::stable_sort(report_.others.begin(), report_.others.end(), isBefore);
+  }
+
+  const fs::path path_;
+  const Options& options_;
+  const std::unordered_set<std::string> names_;
+  Report report_;
+  std::map<std::string, Entry> entries_;
+  std::unique_ptr<ICacheMetadata> stored_ = std::make_unique<CacheMetadata>();
+  std::unique_ptr<ICacheMetadata> reconciled_;
+  std::set<std::pair<dev_t, ino_t>> linked_;
+};
 
 }  // namespace
 
-OwnFile readOwnFile(const fs::path& root, const std::string& name,
-                    const std::function<void(const std::string&)>& deserialize) {
-  FilesystemOperations filesystem;
-  const fs::path path = root / name;
-  OwnFile file;
-  file.present = filesystem.exists(path);
-  if (!file.present) {
-    return file;
-  }
-  if (!filesystem.isFile(path)) {
-    file.damage = Damage{"not a regular file"};
-    return file;
-  }
+OwnFile readOwnFile(Report& report, const std::string& name,
+                    const std::function<void(const std::string&)>& read) {
+  const fs::path path = fs::path(report.root) / name;
+  boost::system::error_code error;
+  const fs::file_type type = fs::status(path, error).type();
+  OwnFile file{type != fs::file_not_found};
   std::string text;
   try {
-    text = FileIO().readFile(path.string());
-  } catch (const std::exception&) {
-    throw std::runtime_error("'" + path.string() + "' cannot be read");
+    if (type == fs::regular_file) {
+      file.readable = false;
+      text = FileIO().readFile(path.string());
+      file.readable = true;
+      read(text);
+    } else if (file.present) {
+      file.damage = "is no file";
+    }
+  } catch (const json::Error& failure) {
+    file.damage = "is damaged: " + describe(failure, text);
+  } catch (const std::exception& failure) {
+    file.damage = file.readable ? std::string("is damaged: ") + failure.what() : "cannot be read";
   }
-  try {
-    deserialize(text);
-  } catch (const json::Error& error) {
-    file.damage = damageOf(error, text);
+  if (file.damage) {
+    report.find(name, *file.damage);
   }
   return file;
 }
 
-Report inspect(const std::string& root, std::optional<std::int64_t> budget, bool force) {
-  const fs::path path(root);
-  requireCache(path, force);
-  Report report;
-  report.root = root;
-  std::unique_ptr<ICacheMetadata> stored;
-  report.metadata = readMetadata(path, stored);
-
-  Entries entries(path);
-  entries.addRecords(*stored);
-  const auto reconciled = reconcile(path, std::move(stored));
-  entries.addFiles(*reconciled);
-  std::vector<std::string> strayExtras;
-  entries.addExtras(strayExtras);
-  report.entries = entries.take();
-  report.totalSize = reconciled->getTotalSize();
-
-  findInMetadata(report);
-  std::sort(strayExtras.begin(), strayExtras.end());
-  std::move(strayExtras.begin(), strayExtras.end(), std::back_inserter(report.findings));
-  inspectIndex(path, report);
-  if (budget) {
-    judgeBudget(*budget, *reconciled, report);
+std::vector<std::string> rootsIn(const std::string& folder, bool force) {
+  const auto names = namesIn(folder);
+  if (force || names.empty() || isRoot(names)) {
+    return {folder};
   }
-  return report;
+  std::vector<std::string> roots;
+  for (const std::string& name : names) {
+    const fs::path path = fs::path(folder) / name;
+    boost::system::error_code error;
+    if (fs::is_directory(path, error) && isRoot(FilesystemOperations().listDirectory(path))) {
+      roots.push_back(path.string());
+    }
+  }
+  if (roots.empty()) {
+    throw std::runtime_error("'" + folder +
+                             "' does not look like a cache: it has no metadata.json (--force "
+                             "shows it all the same)");
+  }
+  std::sort(roots.begin(), roots.end());
+  return roots;
 }
 
-std::string recover(const std::string& root, bool force) {
-  const fs::path path(root);
-  requireCache(path, force);
-  return recoverMetadata(root) == MetadataRecovery::SetAside
-             ? (path / kDamagedMetadataName).string()
-             : std::string();
+Report inspect(const std::string& root, const Options& options) {
+  return Inspection(root, options).run();
 }
 
 }  // namespace zentrel::vistabase::ardelivery::inspect

@@ -43,29 +43,6 @@ Lead decodeLead(unsigned char byte) {
   return kMalformed;
 }
 
-/// Decodes one character at `position` and moves past it, or past what is malformed.
-char32_t decodeUtf8(std::string_view bytes, std::size_t& position) {
-  const auto lead = decodeLead(static_cast<unsigned char>(bytes[position++]));
-  if (lead.following < 0) {
-    return kReplacement;
-  }
-  char32_t character = lead.bits;
-  for (int i = 0; i < lead.following; ++i) {
-    const unsigned char min = i == 0 ? lead.secondMin : 0x80;
-    const unsigned char max = i == 0 ? lead.secondMax : 0xBF;
-    if (position == bytes.size()) {
-      return kReplacement;
-    }
-    const auto byte = static_cast<unsigned char>(bytes[position]);
-    if (byte < min || byte > max) {
-      return kReplacement;
-    }
-    character = (character << 6) | (byte & 0x3Fu);
-    ++position;
-  }
-  return character;
-}
-
 void appendUtf8(std::string& bytes, char32_t character) {
   const auto append = [&bytes](char32_t byte) { bytes += static_cast<char>(byte); };
   if (character < 0x80) {
@@ -100,11 +77,33 @@ std::string utf16ToUtf8(std::u16string_view text) {
   return bytes;
 }
 
+std::optional<char32_t> decodeUtf8(std::string_view bytes, std::size_t& position) {
+  const auto lead = decodeLead(static_cast<unsigned char>(bytes[position++]));
+  if (lead.following < 0) {
+    return std::nullopt;
+  }
+  char32_t character = lead.bits;
+  for (int i = 0; i < lead.following; ++i) {
+    const unsigned char min = i == 0 ? lead.secondMin : 0x80;
+    const unsigned char max = i == 0 ? lead.secondMax : 0xBF;
+    if (position == bytes.size()) {
+      return std::nullopt;
+    }
+    const auto byte = static_cast<unsigned char>(bytes[position]);
+    if (byte < min || byte > max) {
+      return std::nullopt;
+    }
+    character = (character << 6) | (byte & 0x3Fu);
+    ++position;
+  }
+  return character;
+}
+
 std::u16string utf8ToUtf16(std::string_view bytes) {
   std::u16string text;
   text.reserve(bytes.size());
   for (std::size_t position = 0; position < bytes.size();) {
-    const char32_t character = decodeUtf8(bytes, position);
+    const char32_t character = decodeUtf8(bytes, position).value_or(kReplacement);
     if (character < 0x10000) {
       text += static_cast<char16_t>(character);
     } else {

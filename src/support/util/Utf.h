@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,5 +15,9 @@ std::string utf16ToUtf8(std::u16string_view text);
 /// Any bytes to UTF-16. Surrogates in three bytes are kept; each other malformed sequence (a
 /// maximal beginning of a well-formed one, or a single byte) becomes U+FFFD.
 std::u16string utf8ToUtf16(std::string_view bytes);
+
+/// The character at `position`, which is moved past it. None, and moved past what is malformed, as
+/// `utf8ToUtf16` understands that: a surrogate in three bytes is a character here.
+std::optional<char32_t> decodeUtf8(std::string_view bytes, std::size_t& position);
 
 }  // namespace zentrel::vistabase::ardelivery

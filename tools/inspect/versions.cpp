@@ -1,0 +1,275 @@
+#include <algorithm>
+#include <boost/crc.hpp>
+#include <cctype>
+#include <exception>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <unordered_map>
+
+#include "delivery/FileCache/CacheKey.h"
+#include "delivery/FileCache/ICacheMetadata.h"
+#include "delivery/ModelCache/CacheDescriptorSerializer.h"
+#include "delivery/ModelCache/FacetrackerModelCache.h"
+#include "delivery/ModelCache/SegmentationModelCache.h"
+#include "delivery/ModelCache/VersionedModelCacheImpl.h"
+#include "delivery/Storage/FilesystemOperations.h"
+#include "tools/inspect/inspect.h"
+
+namespace zentrel::vistabase::ardelivery::inspect {
+namespace {
+
+std::string nameOf(const Version& version) {
+  return "version " + std::to_string(version.version);
+}
+
+void readIndex(Report& report) {
+  auto descriptor = std::make_unique<CacheDescriptor>();
+  report.index = readOwnFile(
+      report, VersionedModelCacheImpl::kIndexKey,
+      [&](const std::string& text) { descriptor = CacheDescriptorSerializer().deserialize(text); });
+  for (const VersionRecord& record : descriptor->versions) {
+    Version& version = report.versions.emplace_back(Version{record.version});
+    for (const ModelRecord& model : record.models) {
+      std::string name;
+      try {
+        name = fileNameOf(model.cacheKey);
+      } catch (const std::exception&) {
+        // To the caller of the file cache, a key that it refuses is not there either.
+      }
+      version.models.push_back({model.type, model.cacheKey, name});
+    }
+  }
+}
+
+/// What a store has recorded; see docs/on-disk.md.
+struct StoreTable {
+  std::int64_t sequence = 0;
+  std::vector<Version> versions;
+  std::vector<std::string> damaged;
+  std::optional<std::int32_t> active;
+};
+
+/// Lines of a kind that is not known are passed over. False if the line makes no sense.
+bool readLine(std::istringstream words, StoreTable& table) {
+  std::string kind;
+  words >> kind;
+  if (kind == "sequence") {
+    words >> table.sequence;
+  } else if (kind == "version") {
+    words >> table.versions.emplace_back().version;
+  } else if (kind == "damaged") {
+    words >> table.damaged.emplace_back();
+  } else if (kind == "active") {
+    words >> table.active.emplace();
+  } else if (kind == "file") {
+    Model file;
+    words >> file.type >> file.recordedSize.emplace() >> file.sha256.emplace() >> file.name;
+    // Whoever can write to a root can make up a table, but not lead its reader out of the root.
+    if (!words || table.versions.empty() || file.name.front() == '.' ||
+        file.name.find('/') != std::string::npos) {
+      return false;
+    }
+    file.cacheKey = file.name;
+    std::transform(file.sha256->begin(), file.sha256->end(), file.sha256->begin(),
+                   [](unsigned char digit) { return static_cast<char>(std::tolower(digit)); });
+    table.versions.back().models.push_back(std::move(file));
+  }
+  return !words.fail();
+}
+
+StoreTable parseTable(const std::string& text) {
+  const std::size_t end = std::min(text.rfind("check "), text.size());
+  boost::crc_32_type sum;
+  sum.process_bytes(text.data(), end);
+  std::ostringstream check;
+  check << "check " << std::hex << sum.checksum() << '\n';
+  if (text.compare(end, std::string::npos, check.str()) != 0) {
+    throw std::runtime_error("the checksum is wrong");
+  }
+  StoreTable table;
+  std::istringstream lines(text.substr(0, end));
+  int number = 0;
+  for (std::string line; std::getline(lines, line);) {
+    ++number;
+    if (!line.empty() && !readLine(std::istringstream(line), table)) {
+      throw std::runtime_error("line " + std::to_string(number) + " makes no sense");
+    }
+  }
+  return table;
+}
+
+/// The newer one of a store's good copies, or none.
+std::optional<StoreTable> readTable(Report& report) {
+  const std::string names[] = {kTableName, std::string("extra/") + kTableName};
+  std::string texts[2];
+  std::optional<StoreTable> tables[2];
+  bool present[2];
+  for (int i = 0; i < 2; ++i) {
+    const OwnFile file = readOwnFile(report, names[i], [&](const std::string& text) {
+      texts[i] = text;
+      tables[i] = parseTable(text);
+    });
+    present[i] = file.present;
+    report.table = i == 0 ? file : report.table;
+  }
+  const bool isFirst = tables[0] && (!tables[1] || tables[0]->sequence >= tables[1]->sequence);
+  if (present[0] != present[1]) {
+    report.find(names[present[0] ? 1 : 0], "is missing: of the store's versions there is one copy");
+  } else if (tables[0] && tables[1] && texts[0] != texts[1]) {
+    report.find(names[isFirst ? 1 : 0], "is not the same as the other copy, which holds");
+  }
+  return tables[isFirst ? 0 : 1];
+}
+
+/// Whether an index and a table say the same.
+bool haveSameFiles(const Version& left, const Version& right) {
+  const auto files = [](const Version& version) {
+    std::set<std::pair<std::string_view, std::string_view>> set;
+    for (const Model& model : version.models) {
+      set.emplace(model.type, model.name);
+    }
+    return set;
+  };
+  return files(left) == files(right);
+}
+
+/// Puts the versions of a table in place of those of the index.
+void addTable(const StoreTable& table, Report& report) {
+  std::unordered_map<std::int32_t, std::size_t> indexed;
+  for (std::size_t i = 0; i < report.versions.size(); ++i) {
+    indexed.emplace(report.versions[i].version, i);
+  }
+  bool hasActive = !table.active;
+  for (Version version : table.versions) {
+    version.active = version.version == table.active;
+    hasActive = hasActive || version.active;
+    const auto found = indexed.find(version.version);
+    const bool isIndexed = found != indexed.end();
+    if (!isIndexed && !report.index.damage) {
+      report.find({}, nameOf(version) + " is not in versioned_index");
+    } else if (isIndexed && !haveSameFiles(report.versions[found->second], version)) {
+      report.find({}, nameOf(version) + " has other files in versioned_index");
+    }
+    Version& place = isIndexed ? report.versions[found->second] : report.versions.emplace_back();
+    place = std::move(version);
+  }
+  if (!hasActive) {
+    report.find({}, "the active version " + std::to_string(*table.active) + " is not there");
+  }
+  for (const std::string& name : table.damaged) {
+    report.find(name, "was found to have wrong bytes");
+  }
+}
+
+/// Bytes of what lies below the root; none if there is nothing.
+std::optional<std::int64_t> measure(const std::string& path) {
+  FilesystemOperations files;
+  try {
+    return files.exists(path) ? std::optional(static_cast<std::int64_t>(files.getSize(path)))
+                              : std::nullopt;
+  } catch (const std::exception&) {
+    return 0;  // It is there, and that is all that a model cache asks for.
+  }
+}
+
+/// Finds the files of versions, and the versions of files.
+void matchFiles(Report& report) {
+  std::unordered_map<std::string_view, Entry*> entries;
+  for (Entry& entry : report.entries) {
+    entries.emplace(entry.name, &entry);
+  }
+  for (Version& version : report.versions) {
+    std::set<std::string_view> counted;
+    for (Model& model : version.models) {
+      // The key a/b is the file b in the folder a%, which is the entry.
+      const auto found = entries.find(std::string_view(model.name).substr(0, model.name.find('/')));
+      if (found == entries.end()) {
+        continue;
+      }
+      Entry& entry = *found->second;
+      if (entry.name != model.name) {
+        model.size = measure(report.root + '/' + model.name);
+      } else if (entry.state != "only recorded") {
+        model.size = entry.sizeOnDisk.value_or(0);
+      }
+      if (entry.versions.empty() || entry.versions.back() != version.version) {
+        entry.versions.push_back(version.version);
+      }
+      if (model.size && counted.insert(model.name).second) {
+        version.size = wrappingAdd(version.size, *model.size);
+      }
+    }
+  }
+  for (Version& version : report.versions) {
+    for (Model& model : version.models) {
+      const auto found = entries.find(model.name);
+      model.shared = found != entries.end() && found->second->versions.size() > 1;
+    }
+  }
+}
+
+template <class Cache>
+void addCapability(const char* name, Version& version, std::set<std::string_view>& known) {
+  Capability capability{name, {}};
+  for (const auto& row : Cache::kModels) {
+    known.insert(row.name);
+    if (std::none_of(version.models.begin(), version.models.end(),
+                     [&row](const Model& model) { return model.type == row.name && model.size; })) {
+      capability.missing.emplace_back(row.name);
+    }
+  }
+  if (std::any_of(version.models.begin(), version.models.end(), [](const Model& model) {
+        return std::any_of(std::begin(Cache::kModels), std::end(Cache::kModels),
+                           [&model](const auto& row) { return model.type == row.name; });
+      })) {
+    version.capabilities.push_back(std::move(capability));
+  }
+}
+
+void judge(Version& version, Report& report) {
+  std::set<std::string_view> known;
+  addCapability<FacetrackerModelCache>("face tracking", version, known);
+  addCapability<SegmentationModelCache>("segmentation", version, known);
+  for (const Model& model : version.models) {
+    if (known.count(model.type) == 0) {
+      report.find(model.type, "of " + nameOf(version) + " is no known type of model");
+    }
+    if (model.recordedSize && model.size && *model.size != *model.recordedSize) {
+      report.find(model.name, "has " + std::to_string(*model.size) + " bytes, but " +
+                                  std::to_string(*model.recordedSize) + " belong to " +
+                                  nameOf(version));
+    }
+  }
+  for (const Capability& capability : version.capabilities) {
+    for (const std::string& missing : capability.missing) {
+      report.find({}, nameOf(version) + " of " + capability.name +
+                          " is not complete: no file for " + missing);
+    }
+  }
+}
+
+}  // namespace
+
+void inspectVersions(Report& report) {
+  readIndex(report);
+  if (const std::optional<StoreTable> table = readTable(report)) {
+    addTable(*table, report);
+  }
+  matchFiles(report);
+  std::set<std::string> capabilities;
+  for (Version& version : report.versions) {
+    judge(version, report);
+    for (const Capability& capability : version.capabilities) {
+      capabilities.insert(capability.name);
+    }
+  }
+  if (capabilities.size() > 1) {
+    report.find({},
+                "face tracking and segmentation share one index, and overwrite each other's "
+                "versions");
+  }
+}
+
+}  // namespace zentrel::vistabase::ardelivery::inspect
