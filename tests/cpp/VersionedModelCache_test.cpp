@@ -111,6 +111,23 @@ TEST_F(VersionedModelCacheTest, losesNoModelsOfAVersionThatIsThereTwice) {
   EXPECT_EQ("2:; ", stored());
 }
 
+/// As a listener for soft errors may do.
+TEST_F(VersionedModelCacheTest, mayBeChangedFromWithinItsLookUps) {
+  store({{{1, {{"t", "a"}, {"u", "b"}}}}});
+  std::function<void()> change = [&] { cache_->deleteVersion(1); };
+  int lookUps = 0;
+  observer_.hook = [&](const std::string& operation) {
+    if (operation == "getCacheEntry" && ++lookUps == 2) {
+      change();
+    }
+  };
+  EXPECT_THAT(cache_->queryEntries(1), IsEmpty());
+  change = [&] { cache_->addModelIfInCache(3, {"t", "d"}); };
+  lookUps = 0;
+  EXPECT_TRUE(cache_->addModelIfInCache(2, {"t", "c"}));
+  EXPECT_EQ("2: t=c; 3: t=d; ", stored());
+}
+
 TEST_F(VersionedModelCacheTest, keepsInMemoryWhatCouldNotBeWritten) {
   const SoftErrorRecorder recorder;
   observer_.hook = [this](const std::string& operation) {

@@ -63,7 +63,9 @@ ModelEntries VersionedModelCacheImpl::queryEntries(int version) {
     ensureLoaded();
     ModelEntries entries(10);
     if (const VersionRecord* const record = findVersion(version)) {
-      for (const ModelRecord& model : record->models) {
+      // A copy: whoever is told of a failed look-up may change the version from there.
+      const std::vector<ModelRecord> models = record->models;
+      for (const ModelRecord& model : models) {
         if (const auto entry = fileCache_->getCacheEntry(model.cacheKey)) {
           entries.emplace(typeSerializer_->deserialize(model.type), entry->path);
         }
@@ -119,7 +121,7 @@ std::unique_ptr<CacheDescriptor> VersionedModelCacheImpl::loadDescriptor() {
   return descriptorSerializer_->deserialize(fileIO_->readFile(entry->path));
 }
 
-void VersionedModelCacheImpl::storeDescriptor(const CacheDescriptor& descriptor) {
+void VersionedModelCacheImpl::storeDescriptor() {
   auto entry = fileCache_->getCacheEntry(kIndexKey);
   if (!entry) {
     entry = fileCache_->insertAndLock(kIndexKey);
@@ -127,7 +129,7 @@ void VersionedModelCacheImpl::storeDescriptor(const CacheDescriptor& descriptor)
   if (!entry) {
     throw std::runtime_error("Could not insert the index key into the cache.");
   }
-  fileIO_->writeFile(entry->path, descriptorSerializer_->serialize(descriptor));
+  fileIO_->writeFile(entry->path, descriptorSerializer_->serialize(*descriptor_));
   // Never a commit: unlocking is enough for the file cache to adopt the file, and a commit could
   // evict models for the sake of the index.
   fileCache_->unlock(kIndexKey);
@@ -136,7 +138,7 @@ void VersionedModelCacheImpl::storeDescriptor(const CacheDescriptor& descriptor)
 /// Memory first: if the write fails, the next one stores what was to be stored now.
 void VersionedModelCacheImpl::replaceDescriptor(CacheDescriptor descriptor) {
   descriptor_ = quovix::make_unique_ref<CacheDescriptor>(std::move(descriptor));
-  storeDescriptor(*descriptor_);
+  storeDescriptor();
 }
 
 const VersionRecord* VersionedModelCacheImpl::findVersion(int version) const {

@@ -52,7 +52,7 @@ class VersionedModelCacheImpl {
  private:
   void ensureLoaded();
   std::unique_ptr<CacheDescriptor> loadDescriptor();
-  void storeDescriptor(const CacheDescriptor& descriptor);
+  void storeDescriptor();
   void replaceDescriptor(CacheDescriptor descriptor);
   const VersionRecord* findVersion(int version) const;
   void add(int version, const ModelRecord& model);
