@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -18,7 +17,7 @@ namespace zentrel::vistabase::ardelivery {
 ///   fromJni(value, name)  the native value of the argument of that name, or
 ///   toJni(value)          the JNI value of a result: a number or a LocalRef
 /// A null argument raises java.lang.NullPointerException with the argument's name.
-template <class T, class = void>
+template <class T>
 struct Convert;
 
 /// Numbers pass as they are.
@@ -73,9 +72,9 @@ struct Convert<std::unique_ptr<Peer>> {
 
 /// A managed hybrid object comes in as its peer.
 template <class Peer>
-struct Convert<Peer, std::enable_if_t<std::is_base_of_v<jni::HybridBase, Peer>>> {
+struct Convert<jni::Pinned<Peer>> {
   using Jni = jobject;
-  static Peer& fromJni(Jni value, const char* name) {
+  static jni::Pinned<Peer> fromJni(Jni value, const char* name) {
     jni::requireNonNull(value, name);
     return jni::peerOf<Peer>(value);
   }

@@ -7,17 +7,17 @@
 #include <vector>
 
 #include "delivery/FileCache/IFileCache.h"
-#include "platform/zentreljni/HybridData.h"
+#include "jni/CacheHybrid.h"
 #include "support/util/memory/shared_ref.h"
 
 namespace zentrel::vistabase::ardelivery {
 
 /// The native peer of a managed file cache: passes each call on to an IFileCache, which the model
 /// caches built over the same managed object share.
-class FileCacheHybrid : public jni::HybridBase {
+class FileCacheHybrid : public CacheHybrid {
  public:
-  explicit FileCacheHybrid(quovix::shared_ref<IFileCache> cache) noexcept
-      : cache_(std::move(cache)) {}
+  explicit FileCacheHybrid(quovix::shared_ref<IFileCache> cache)
+      : CacheHybrid(std::make_shared<OneThread>()), cache_(std::move(cache)) {}
 
   virtual std::shared_ptr<FileCacheEntry> getCacheEntry(const std::string& key) {
     return cache_->getCacheEntry(key);

@@ -8,7 +8,6 @@
 #include "delivery/ModelCache/CapabilityModel.h"
 #include "jni/FileCacheHybrid.h"
 #include "platform/zentreljni/Exceptions.h"
-#include "platform/zentreljni/HybridData.h"
 #include "support/util/ErrorTexts.h"
 #include "support/util/memory/shared_ref.h"
 
@@ -50,15 +49,17 @@ auto raiseDescribed(const ErrorTexts& texts, const Body& body) -> decltype(body(
 /// The native peer of a managed model cache. `Cache` is one of the final model caches, `Paths` its
 /// path record.
 template <class Cache, class Paths>
-class ModelCacheHybrid final : public jni::HybridBase {
+class ModelCacheHybrid final : public CacheHybrid {
  public:
   /// Over the file cache that the peer of the managed one holds.
-  static std::unique_ptr<ModelCacheHybrid> make(FileCacheHybrid& fileCache) {
+  static std::unique_ptr<ModelCacheHybrid> make(const jni::Pinned<FileCacheHybrid>& fileCache) {
     return std::make_unique<ModelCacheHybrid>(
-        quovix::make_shared_ref<Cache>(fileCache.getFileCache().pointer()));
+        fileCache->oneThread(),
+        quovix::make_shared_ref<Cache>(fileCache->getFileCache().pointer()));
   }
 
-  explicit ModelCacheHybrid(quovix::shared_ref<Cache> cache) noexcept : cache_(std::move(cache)) {}
+  ModelCacheHybrid(std::shared_ptr<OneThread> oneThread, quovix::shared_ref<Cache> cache) noexcept
+      : CacheHybrid(std::move(oneThread)), cache_(std::move(cache)) {}
 
   /// One field of the version's path record, or "" while a file of the version is missing.
   template <std::string Paths::*Path, const ErrorTexts& Errors>

@@ -2,6 +2,7 @@
 
 #include <jni.h>
 
+#include <cstddef>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -20,6 +21,12 @@
 ///
 /// After the function come the names of its arguments, as `constexpr char[]`.
 namespace zentrel::vistabase::ardelivery {
+
+/// What a native holds while it is inside a peer: nothing, unless a kind of peers has its own.
+inline std::nullptr_t enter(const jni::HybridBase& /*peer*/) noexcept {
+  return nullptr;
+}
+
 namespace detail {
 
 template <class T>
@@ -94,9 +101,10 @@ struct Native<Function, Result (Peer::*)(Arguments...), Names...> {
                       typename ConvertOf<Arguments>::Jni... values) noexcept {
     return runNative<JniType>(env, [&] {
       auto arguments = convertArguments<Arguments...>({values, Names}...);
-      Peer& peer = jni::peerOf<Peer>(self);
+      const jni::Pinned<Peer> peer = jni::peerOf<Peer>(self);
       return JniResult<Result>::of([&] {
-        return std::apply(Function, std::tuple_cat(std::tie(peer), std::move(arguments)));
+        [[maybe_unused]] const auto inside = enter(*peer);
+        return std::apply(Function, std::tuple_cat(std::tie(*peer), std::move(arguments)));
       });
     });
   }

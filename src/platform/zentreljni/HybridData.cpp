@@ -1,6 +1,7 @@
 #include "platform/zentreljni/HybridData.h"
 
 #include <cstdint>
+#include <mutex>
 
 #include "platform/zentreljni/Exceptions.h"
 #include "platform/zentreljni/Lookup.h"
@@ -39,19 +40,12 @@ void setNativePointer(jobject destructor, std::unique_ptr<HybridBase> peer) {
                               static_cast<jlong>(reinterpret_cast<std::intptr_t>(peer.release())));
 }
 
-HybridBase& getNativePointer(jobject destructor) {
-  HybridBase* const peer = destructor == nullptr
-                               ? nullptr
-                               : toPeer(environment()->GetLongField(destructor, pointerField()));
-  if (peer == nullptr) {
-    throwNewJavaException(kNullPointerException, "the native peer has been released");
-  }
-  return *peer;
-}
-
-void JNICALL deleteNative(JNIEnv* env, jclass, jlong pointer) noexcept {
-  const JniEnvCacher cacher(env);
-  delete toPeer(pointer);
+/// Held from reading a pointer to pinning its peer, and by what ends the owner's share: a peer that
+/// is found is there. Neither for as long as a call takes, nor while a peer is deleted. Never
+/// destroyed: the collector's thread goes on while the process ends.
+std::mutex& pinning() {
+  static std::mutex& mutex = *new std::mutex;
+  return mutex;
 }
 
 }  // namespace
@@ -63,14 +57,42 @@ LocalRef<jobject> HybridData::own(std::unique_ptr<HybridBase> peer) {
   return hybridData;
 }
 
-HybridBase& HybridData::peerOf(jobject self) {
+void Unpin::operator()(HybridBase* peer) const noexcept {
+  if (peer->owners_.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    delete peer;
+  }
+}
+
+Pinned<HybridBase> HybridData::pin(jobject destructor) {
+  const jfieldID field = pointerField();
+  const std::lock_guard<std::mutex> lock(pinning());
+  HybridBase* const peer = toPeer(environment()->GetLongField(destructor, field));
+  if (peer != nullptr) {
+    peer->owners_.fetch_add(1, std::memory_order_relaxed);
+  }
+  return Pinned<HybridBase>(peer);
+}
+
+void HybridData::deleteNative(JNIEnv* env, jclass, jlong pointer) noexcept {
+  const JniEnvCacher cacher(env);
+  const Pinned<HybridBase> owned(toPeer(pointer));
+  // Whoever has read the pointer before it was cleared has pinned the peer once this is passed.
+  const std::lock_guard<std::mutex> lock(pinning());
+}
+
+Pinned<HybridBase> HybridData::peerOf(jobject self) {
   static const jfieldID field =
       findField(kHybridClassBase, "mHybridData", "Lcom/zentrel/jni/HybridData;");
   const LocalRef<jobject> hybridData(environment()->GetObjectField(self, field));
   if (!hybridData) {
     throwNewJavaException(kNullPointerException, "java.lang.NullPointerException");
   }
-  return getNativePointer(destructorOf(hybridData.get()).get());
+  const LocalRef<jobject> destructor = destructorOf(hybridData.get());
+  Pinned<HybridBase> peer = destructor ? pin(destructor.get()) : nullptr;
+  if (!peer) {
+    throwNewJavaException(kNullPointerException, "the native peer has been released");
+  }
+  return peer;
 }
 
 void HybridData::registerNatives() {

@@ -4,7 +4,7 @@ package com.zentrel.jni;
  * Base of the classes whose work is done by a native peer. The peer lives until the object is
  * released or, failing that, until some time after the object has become unreachable.
  *
- * <p>One thread at a time.
+ * <p>One thread at a time, but for {@link #release}.
  */
 public abstract class HybridClassBase implements AutoCloseable {
     /** Owner of the native peer; null once released. Read by native code. */
@@ -16,8 +16,8 @@ public abstract class HybridClassBase implements AutoCloseable {
     }
 
     /**
-     * Destroys the native peer now; native methods throw NullPointerException from then on. Calling
-     * it again does nothing.
+     * Destroys the native peer now, or once the calls that are inside it return; native methods throw
+     * NullPointerException from then on. Calling it again does nothing. Any thread may, at any time.
      */
     public final void release() {
         HybridData hybridData = mHybridData;

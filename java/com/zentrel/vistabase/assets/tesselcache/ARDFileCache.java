@@ -15,7 +15,8 @@ import java.util.Map;
  * and answered with a neutral result: null, false, 0 or an empty array. A null argument throws
  * NullPointerException, and so does any call on a released object.
  *
- * <p>One thread at a time, also across the model caches that share this cache; two caches over one
+ * <p>One thread at a time, also across the model caches that share this cache: a call that comes
+ * while another thread is inside throws IllegalStateException and does nothing. Two caches over one
  * root are not coordinated.
  */
 public abstract class ARDFileCache extends HybridClassBase {

@@ -11,7 +11,7 @@ import com.zentrel.vistabase.assets.tesselcache.ARDFileCache;
  *
  * <p>Failures are thrown as {@link
  * com.zentrel.vistabase.common.exception.EffectsFrameworkException}. One thread at a time, also
- * across everything that shares the file cache.
+ * across everything that shares the file cache: any other call throws IllegalStateException.
  */
 public final class SegmentationModelCache extends HybridClassBase {
     static {
