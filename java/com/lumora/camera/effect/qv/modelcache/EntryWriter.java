@@ -67,7 +67,7 @@ public class EntryWriter extends OutputStream {
                 closePart();
                 abandon();
             } finally {
-                mStore.unregister(this);
+                mStore.writers().remove(this);
             }
         }
     }

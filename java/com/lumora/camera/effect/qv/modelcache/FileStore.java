@@ -4,8 +4,6 @@ import java.io.Closeable;
 import java.io.File;
 import java.io.IOException;
 import java.util.Collections;
-import java.util.HashMap;
-import java.util.Map;
 import java.util.concurrent.locks.ReentrantLock;
 
 /**
@@ -27,9 +25,7 @@ public final class FileStore implements Closeable {
     /** Held by whatever changes the root, but never while the bytes of an entry are on their way. */
     private final ReentrantLock mLock = new ReentrantLock();
 
-    /** The entries that are being written, by name. */
-    private final Map<String, EntryWriter> mWriters = new HashMap<>();
-
+    private final Writers mWriters = new Writers(this);
     private final Flights mFlights = new Flights(this);
     private final Object mClosing = new Object();
     private volatile boolean mClosed;
@@ -94,10 +90,11 @@ public final class FileStore implements Closeable {
         String name = Entries.nameOf(key);
         enter();
         try {
-            requireUnwritten(name);
+            requireForWriting();
+            mWriters.requireUnwritten(name);
             mEntries.dropOldExtra(name);
             EntryWriter writer = new EntryWriter(this, name, 0);
-            register(writer);
+            mWriters.add(writer);
             return writer;
         } finally {
             leave();
@@ -184,7 +181,7 @@ public final class FileStore implements Closeable {
     private void closeAll() {
         try {
             mFlights.close();
-            closeWriters();
+            mWriters.closeAll();
         } finally {
             if (mNatives != null) {
                 mNatives.close();
@@ -237,7 +234,7 @@ public final class FileStore implements Closeable {
 
     private void requireForWriting() throws IOException {
         if (lockForWriting()) {
-            mEntries.dropUnfinished(mWriters.keySet());
+            mEntries.dropUnfinished(mWriters.names());
         }
     }
 
@@ -257,6 +254,10 @@ public final class FileStore implements Closeable {
         return mEntries;
     }
 
+    Writers writers() {
+        return mWriters;
+    }
+
     NativeCache natives() {
         if (mNatives == null) {
             mNatives = new NativeCache(mRoot);
@@ -267,45 +268,6 @@ public final class FileStore implements Closeable {
     /** Whether the native records are as they should be, as far as they were written here. */
     boolean areRecordsCurrent() {
         return mNatives == null || mNatives.isCurrent();
-    }
-
-    /** To be asked, under the lock, before a writer is made. */
-    void requireUnwritten(String name) throws IOException {
-        requireForWriting();
-        if (mWriters.containsKey(name)) {
-            throw new IllegalStateException("is being written already: " + name);
-        }
-    }
-
-    void register(EntryWriter writer) {
-        mWriters.put(writer.mName, writer);
-    }
-
-    void unregister(EntryWriter writer) {
-        lock();
-        try {
-            mWriters.remove(writer.mName);
-        } finally {
-            leave();
-        }
-    }
-
-    /** Not to be called under the lock, for which a writer may be waiting. */
-    void closeWriters() {
-        EntryWriter[] writers;
-        lock();
-        try {
-            writers = mWriters.values().toArray(new EntryWriter[0]);
-        } finally {
-            leave();
-        }
-        for (EntryWriter writer : writers) {
-            try {
-                writer.close();
-            } catch (IOException failure) {
-                SoftErrors.report("closeWriters", failure.toString());
-            }
-        }
     }
 
     /** Makes what was written the entry, for which there is room. */

@@ -3,7 +3,6 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.IOException;
 import java.util.ArrayList;
 import java.util.Collections;
-import java.util.HashMap;
 import java.util.HashSet;
 import java.util.LinkedHashMap;
 import java.util.List;
@@ -36,7 +35,6 @@ final class ModelStoreImpl {
     }
 
     Update begin(int version, List<ModelFile> files) throws IOException {
-        List<ModelFile> ordered = inOrder(files);
         Update update;
         enter();
         try {
@@ -45,8 +43,13 @@ final class ModelStoreImpl {
                         + mUpdate.version().number() + " is running");
             }
             lockForWriting();
-            update = newUpdate(version, ordered);
-            requireBudget(update.version());
+            VersionTable table = mVersions.table();
+            Version planned = VersionPlan.of(version, files, mCapability, table);
+            VersionPlan.requireBudget(planned, table, mFiles.maxSizeBytes());
+            update = new Update(this, planned);
+            for (Map.Entry<ModelFile, String> file : planned.names().entrySet()) {
+                update.setThere(file.getValue(), isThere(file.getKey(), file.getValue()));
+            }
             Map<String, ModelFile> missing = update.missingByName();
             mEntries.dropUnfinished(missing.keySet());
             long bytes = 0;
@@ -221,7 +224,7 @@ final class ModelStoreImpl {
             leave();
         }
         try {
-            mFiles.closeWriters(); // while no other update can have any
+            mFiles.writers().closeAll(); // while no other update can have any
         } finally {
             mFiles.lock();
             mUpdate = null;
@@ -233,76 +236,12 @@ final class ModelStoreImpl {
         mStore.publish(mVersions.table());
     }
 
-    private List<ModelFile> inOrder(List<ModelFile> files) {
-        Map<String, ModelFile> byType = new HashMap<>();
-        for (ModelFile file : files) {
-            if (file == null || !mCapability.types().contains(file.type())) {
-                throw new IllegalArgumentException("not a type of " + mCapability + ": " + file);
-            }
-            if (byType.put(file.type(), file) != null) {
-                throw new IllegalArgumentException("two files of one type: " + file);
-            }
-        }
-        List<ModelFile> ordered = new ArrayList<>();
-        for (String type : mCapability.types()) {
-            if (!byType.containsKey(type)) {
-                throw new IllegalArgumentException("no file of the type " + type);
-            }
-            ordered.add(byType.get(type));
-        }
-        return ordered;
-    }
-
-    private Update newUpdate(int number, List<ModelFile> files) throws IOException {
-        Map<String, ModelFile> byDigest = new HashMap<>();
-        Map<ModelFile, String> names = new LinkedHashMap<>();
-        Update update = new Update(this, new Version(number, names));
-        for (ModelFile file : files) {
-            ModelFile same = byDigest.get(file.sha256());
-            if (same == null) {
-                String known = mVersions.table().nameOf(file.sha256());
-                String name = known != null ? known : file.sha256() + "-" + file.type();
-                names.put(file, name);
-                update.setThere(name, isThere(file, name, known != null));
-                byDigest.put(file.sha256(), file);
-            } else if (same.sizeBytes() == file.sizeBytes()) {
-                names.put(file, names.get(same));
-            } else {
-                throw new IllegalArgumentException("two sizes of one digest: " + file);
-            }
-        }
-        return update;
-    }
-
     /** A file of no version may have been left by an update that was killed, or by anybody. */
-    private boolean isThere(ModelFile file, String name, boolean isKnown) throws IOException {
-        boolean isTrusted = isKnown && !mVersions.table().damaged().contains(name);
+    private boolean isThere(ModelFile file, String name) throws IOException {
+        VersionTable table = mVersions.table();
+        boolean isTrusted = table.names().contains(name) && !table.damaged().contains(name);
         return mEntries.isFileOf(name, file.sizeBytes())
                 && (isTrusted || Digests.matches(file, mEntries.file(name)));
-    }
-
-    private void requireBudget(Version version) throws IOException {
-        Version active = mVersions.table().active();
-        Map<String, Long> sizes = new HashMap<>();
-        long alone = addSizes(version, sizes);
-        long together = active == null ? alone : addSizes(active, sizes);
-        if (together > mFiles.maxSizeBytes()) {
-            throw new IOException("version " + version.number() + " has " + alone + " bytes"
-                    + (active == null ? "" : ", " + together + " together with the active version "
-                    + active.number()) + ", and the budget is " + mFiles.maxSizeBytes());
-        }
-    }
-
-    /** Adds a version's files and returns the sum of all. */
-    private static long addSizes(Version version, Map<String, Long> sizes) {
-        for (Map.Entry<ModelFile, String> file : version.names().entrySet()) {
-            sizes.put(file.getValue(), file.getKey().sizeBytes());
-        }
-        long sum = 0;
-        for (long size : sizes.values()) {
-            sum += Math.min(size, Long.MAX_VALUE - sum);
-        }
-        return sum;
     }
 
     /** Once all files are there, the version is one of the store's, unless it replaces another. */

@@ -52,9 +52,9 @@ public final class Update implements Closeable {
             if (name == null || mThere.contains(name)) {
                 throw new IllegalArgumentException("not missing: " + file);
             }
-            mStore.files().requireUnwritten(name);
+            mStore.files().writers().requireUnwritten(name);
             writer = new ModelWriter(mStore.files(), this, file, name);
-            mStore.files().register(writer);
+            mStore.files().writers().add(writer);
         } finally {
             mStore.leave();
         }

@@ -148,16 +148,6 @@ final class VersionTable {
         return null;
     }
 
-    /** The name of the entry with these bytes, or null if it is in no version. */
-    String nameOf(String sha256) {
-        for (Map.Entry<String, ModelFile> file : filesByName().entrySet()) {
-            if (file.getValue().sha256().equals(sha256)) {
-                return file.getKey();
-            }
-        }
-        return null;
-    }
-
     /** The files of all versions by the names of their entries. */
     Map<String, ModelFile> filesByName() {
         Map<String, ModelFile> files = new LinkedHashMap<>();
@@ -184,22 +174,22 @@ final class VersionTable {
         List<Version> versions = new ArrayList<>(mVersions);
         versions.remove(find(version.number()));
         versions.add(version);
-        return new VersionTable(mRoot, mCapability, mSequence,
-                active ? Integer.valueOf(version.number()) : activeNumber(), versions, mDamaged,
-                mRecords);
+        return changed(active ? Integer.valueOf(version.number()) : activeNumber(), versions, mDamaged);
     }
 
     VersionTable without(Collection<Version> gone) {
         List<Version> versions = new ArrayList<>(mVersions);
         versions.removeAll(gone);
-        return new VersionTable(mRoot, mCapability, mSequence,
-                gone.contains(mActive) ? null : activeNumber(), versions, mDamaged, mRecords);
+        return changed(gone.contains(mActive) ? null : activeNumber(), versions, mDamaged);
     }
 
     /** With other entries having wrong bytes. */
     VersionTable withDamaged(Set<String> names) {
-        return new VersionTable(mRoot, mCapability, mSequence, activeNumber(), mVersions, names,
-                mRecords);
+        return changed(activeNumber(), mVersions, names);
+    }
+
+    private VersionTable changed(Integer active, List<Version> versions, Set<String> damaged) {
+        return new VersionTable(mRoot, mCapability, mSequence, active, versions, damaged, mRecords);
     }
 
     /** The same, to be written after this. */
