@@ -1,14 +1,11 @@
 #pragma once
 
 #include <cstdlib>
-#include <iostream>
 #include <random>
 
-/// A new random seed, printed, or the one in the environment's MODELCACHE_SEED.
-inline unsigned announcedSeed() {
+/// The random seed in the environment's MODELCACHE_SEED, or a new one. Failures are to tell it.
+inline unsigned givenOrNewSeed() {
   const char* const given = std::getenv("MODELCACHE_SEED");
-  const unsigned seed = given == nullptr ? std::random_device()()
-                                         : static_cast<unsigned>(std::strtoul(given, nullptr, 10));
-  std::cout << "MODELCACHE_SEED=" << seed << std::endl;
-  return seed;
+  return given == nullptr ? std::random_device()()
+                          : static_cast<unsigned>(std::strtoul(given, nullptr, 10));
 }
