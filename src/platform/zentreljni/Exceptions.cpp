@@ -1,7 +1,11 @@
 #include "platform/zentreljni/Exceptions.h"
 
+#include <functional>
+#include <map>
+#include <mutex>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 
 #include "platform/zentreljni/Lookup.h"
 #include "platform/zentreljni/ManagedData.h"
@@ -13,15 +17,28 @@ constexpr const char* kOutOfMemory = "java/lang/OutOfMemoryError";
 constexpr const char* kIllegalArgument = "java/lang/IllegalArgumentException";
 constexpr const char* kRuntime = "java/lang/RuntimeException";
 
+/// Looked up once per class. Not with the lock held: the look-up may run managed code, which may
+/// wait for a thread that wants to raise something itself.
+const JavaConstructor& constructorOf(const char* className) {
+  static std::mutex& mutex = *new std::mutex;
+  static auto& kept = *new std::map<std::string, JavaConstructor, std::less<>>;
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    const auto found = kept.find(std::string_view(className));
+    if (found != kept.end()) {
+      return found->second;
+    }
+  }
+  const JavaConstructor constructor(className, "(Ljava/lang/String;)V");
+  const std::lock_guard<std::mutex> lock(mutex);
+  return kept.emplace(className, constructor).first->second;
+}
+
 /// Not ThrowNew, which takes modified UTF-8 and must not be given arbitrary bytes.
 void raise(const char* className, const std::string& message) {
-  JNIEnv* const env = environment();
-  const LocalRef<jclass> type = checkedLocal(env->FindClass(className));
-  const jmethodID constructor = findMethod(type.get(), "<init>", "(Ljava/lang/String;)V");
-  const LocalRef<jstring> text = make_jstring(message);
-  const LocalRef<jobject> exception =
-      checkedLocal(env->NewObject(type.get(), constructor, text.get()));
-  env->Throw(static_cast<jthrowable>(exception.get()));
+  const JavaConstructor& constructor = constructorOf(className);
+  const LocalRef<jobject> exception = constructor(make_jstring(message).get());
+  environment()->Throw(static_cast<jthrowable>(exception.get()));
 }
 
 void raiseHandledException() {

@@ -59,9 +59,10 @@ void registerNatives(const char* className, std::initializer_list<NativeMethod> 
     table.push_back(
         {const_cast<char*>(method.name), const_cast<char*>(method.descriptor), method.function});
   }
-  const LocalRef<jclass> type = findClass(className);
+  // Kept for good, so that the class is there for as long as its natives are.
+  const jclass type = findClassStatic(className);
   const jint result =
-      environment()->RegisterNatives(type.get(), table.data(), static_cast<jint>(table.size()));
+      environment()->RegisterNatives(type, table.data(), static_cast<jint>(table.size()));
   throwIfPending();
   if (result != JNI_OK) {
     throw std::runtime_error(std::string("natives of ") + className + " were refused");
