@@ -29,8 +29,8 @@ ci_packages=(clang clang-format clang-tidy git lld)
 bench_packages=(binutils libbenchmark-dev valgrind)
 # libFuzzer comes with clang's runtime.
 fuzz_packages=(clang libclang-rt-14-dev)
-# Compiling for 32 bits.
-small_packages=(g++-multilib)
+# What the presets arm64 and armhf build and test with; their Boost comes as sources.
+arm_packages=(g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user-static)
 
 # quietly COMMAND...: shows what the command prints only when it fails.
 quietly() {
