@@ -1,56 +1,83 @@
-# The Debian packages that the scripts need, by purpose, and how to build. Sourced.
+# Sourced first by every script: goes to the root of the checkout, answers --help with the comment at
+# the head of the script, and has what the scripts share.
+set -euo pipefail
+unset CDPATH
+script=$(realpath -- "$0")
+called_from=$PWD
+cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 
-# Boost 1.81 and not the default 1.74: see CMakeLists.txt.
-build_packages=(
-  cmake
-  g++
-  libboost-filesystem1.81-dev
-  libboost-json1.81-dev
-  ninja-build
-  openjdk-17-jdk-headless
+fail() { echo "$0: $*" >&2; exit 1; }
+# from_caller PATH: where an argument points to, which is relative to where the script was called.
+from_caller() { (cd -- "$called_from" && realpath -m -- "$1"); }
+usage() { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$script"; }
+misused() { usage >&2; exit 2; }
+[[ ${1-} != --help ]] || { usage; exit; }
+[[ $PWD != *[:\;,$\#\\\"]* ]] ||
+  fail "compilers and CMake take a character of the path $PWD for their own, one of : ; , \$ # \\ \""
+
+# Whatever is temporary, of all that runs from here, goes when the script ends, however it does. What
+# is synced often is better kept in memory.
+TMPDIR=$(mktemp -d)
+memory=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
+export TMPDIR
+trap 'rm -rf -- "$TMPDIR" "$memory"' EXIT
+
+# The Debian packages that the scripts need, by purpose.
+declare -A packages=(
+  # Boost 1.81 and not the default 1.74: see CMakeLists.txt.
+  [build]='cmake g++ libboost-filesystem1.81-dev libboost-json1.81-dev ninja-build openjdk-17-jdk-headless'
+  [tools]='libcli11-dev libssl-dev'
+  [tests]='jq libgmock-dev libgtest-dev junit5'
+  [demo]='opencv-data'  # has real face-detection models, small enough to be in Debian
+  [shrink]='proguard-cli'
+  [android]='android-liblog-dev binutils clang lld'  # the platform's log, built for the host
+  [install]='clang libc++-14-dev libc++abi-14-dev pkg-config'
+  [docs]='doxygen'
+  [ci]='clang clang-format clang-tidy git lld'
+  [bench]='binutils libbenchmark-dev valgrind'
+  [fuzz]='clang libclang-rt-14-dev'
+  [arm]='g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user-static'  # for the presets arm*
 )
-# For modelcache-inspect: its command line, and SHA-256.
-tool_packages=(libcli11-dev libssl-dev)
-# The tests' frameworks: the usual ones for C++ and for Java; what reads the inspector's JSON.
-test_packages=(jq libgmock-dev libgtest-dev junit5)
-# Real face-detection models, and small enough to be in Debian.
-demo_packages=(opencv-data)
-# Shrinks the demo as a release build of an app would be.
-shrink_packages=(proguard-cli)
-# Reads ELF files back; the platform log of Android, built for the host.
-android_packages=(android-liblog-dev binutils clang lld)
-# Other ways to use an installation: clang's C++ library, pkg-config.
-install_packages=(clang libc++-14-dev libc++abi-14-dev pkg-config)
-# Makes API pages out of the headers.
-docs_packages=(doxygen)
-# The other compiler and linker (Android's), the formatter and the linter.
-ci_packages=(clang clang-format clang-tidy git lld)
-# What the benchmarks measure with.
-bench_packages=(binutils libbenchmark-dev valgrind)
-# libFuzzer comes with clang's runtime.
-fuzz_packages=(clang libclang-rt-14-dev)
-# What the presets arm64 and armhf build and test with; their Boost comes as sources.
-arm_packages=(g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user-static)
 
-# quietly COMMAND...: shows what the command prints only when it fails.
-quietly() {
-  local log status=0
-  log=$(mktemp)
-  "$@" >"$log" 2>&1 || status=$?
-  ((status == 0)) || cat "$log" >&2
-  rm -f "$log"
-  return $status
+# need PURPOSE...: installs the packages that are missing. Does nothing, and needs neither root nor
+# Debian, when all are there.
+need() {
+  local purpose package missing=() release
+  for purpose in "$@"; do
+    for package in ${packages[$purpose]}; do
+      # The status also tells removed packages from installed ones.
+      [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null) == installed ]] ||
+        missing+=("$package")
+    done
+  done
+  ((${#missing[@]} > 0)) || return 0
+  release=$( (. /etc/os-release && echo "${ID-} ${VERSION_ID-}") 2>/dev/null || true)
+  [[ $release == "debian 12" ]] || fail "needs Debian 12, for the packages ${missing[*]}"
+  [[ $(id -u) == 0 ]] || fail "needs to be run as root, to install the packages ${missing[*]}"
+  echo "installing ${missing[*]}"
+  exec {apt_lock}<scripts && flock "$apt_lock"
+  local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600)
+  # An update that fails is no reason to stop: lists may be there, or only some mirror may be down.
+  "${apt[@]}" update >"$TMPDIR/apt" 2>&1 || true
+  "${apt[@]}" install --yes --no-install-recommends "${missing[@]}" >>"$TMPDIR/apt" 2>&1 ||
+    fail "packages could not be installed, is there a network? $(grep -m1 '^E: ' "$TMPDIR/apt" || true)"
+  exec {apt_lock}<&-
 }
 
-# configured PRESET [TESTS [BENCHMARKS]]: configures the preset's build folder unless that has been
-# done, with the tests and the benchmarks where that is ON. CMake itself notices later changes.
+# quietly COMMAND...: shows what the command prints only when it fails.
+quietly() { "$@" >"$TMPDIR/log" 2>&1 || { cat "$TMPDIR/log" >&2; return 1; }; }
+
+# configured PRESET [OPTION...]: waits until no other script works in the preset's build folder,
+# takes it until this one ends, and configures it, at first without tests. A folder that cannot be
+# configured again, because it was copied from elsewhere for one, is begun anew.
 configured() {
-  local folder=build cache
+  local folder=build
   [[ $1 == default ]] || folder=build-$1
-  cache=$folder/CMakeCache.txt
-  [[ -f $folder/build.ninja ]] && grep -q "^MODELCACHE_TESTS:BOOL=${2:-}" "$cache" &&
-    grep -q "^MODELCACHE_BENCHMARKS:BOOL=${3:-}" "$cache" &&
-    grep -qFx "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$cache" ||
-    quietly cmake --fresh --preset "$1" -D MODELCACHE_TESTS="${2:-OFF}" \
-      -D MODELCACHE_BENCHMARKS="${3:-OFF}"
+  grep -q "\"name\": \"$1\"" CMakePresets.json || misused
+  mkdir -p "$folder"
+  exec {build_lock}<"$folder"
+  flock --nonblock "$build_lock" ||
+    { echo "$0: waits for another script that uses $folder" >&2; flock "$build_lock"; }
+  [[ -f $folder/CMakeCache.txt ]] && cmake --preset "$@" >/dev/null 2>&1 ||
+    quietly cmake --fresh --preset "$1" -D MODELCACHE_TESTS=OFF "${@:2}"
 }
