@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+/// Caches of files, and of the versions of models in them.
 namespace zentrel::vistabase::ardelivery {
 
 /// Opaque bytes that a caller attaches to an entry.

@@ -8,6 +8,7 @@
 #include "support/util/memory/null_report.h"
 #include "support/util/memory/type_name.h"
 
+/// Owning references that promise not to be null.
 namespace quovix {
 
 /// Shared ownership of an object that promises to be there: a std::shared_ptr that is never null.

@@ -20,41 +20,80 @@ import java.util.Map;
  * root are not coordinated.
  */
 public abstract class ARDFileCache extends HybridClassBase {
+    /**
+     * For a subclass, with its peer.
+     *
+     * @param hybridData the owner of the native peer
+     */
     protected ARDFileCache(HybridData hybridData) {
         super(hybridData);
     }
 
-    /** Records the key and returns where to write its content. */
+    /**
+     * Records the key and returns where to write its content.
+     *
+     * @param key the key of the entry
+     * @return where to write; null after a failure
+     */
     public abstract ARDFileCacheEntry insertAndLock(String key);
 
-    /** The entry, which is promoted and so evicted later, or null if it is not cached. */
+    /**
+     * {@return the entry, which is promoted and so evicted later, or null if it is not cached}
+     *
+     * @param key the key of the entry
+     */
     public abstract ARDFileCacheEntry getCacheEntry(String key);
 
-    /** The entry, or null if it is not cached. */
+    /**
+     * {@return the entry, or null if it is not cached}
+     *
+     * @param key the key of the entry
+     */
     public abstract ARDFileCacheEntry getCacheEntryWithoutPromotion(String key);
 
-    /** Replaces the entry's extra bytes; false if the key is not recorded. */
+    /**
+     * Replaces the entry's extra bytes.
+     *
+     * @param key the key of the entry
+     * @param extra any bytes
+     * @return false if the key is not recorded
+     */
     public abstract boolean updateExtra(String key, byte[] extra);
 
     /**
      * All entries that have extra bytes, by key. A key that holds one of {@code " * / : < > ? | \}
      * is given as its file is named: with a percent sign before that character.
+     *
+     * @return the entries, each with a native peer of its own
      */
     public abstract Map.Entry<String, ARDFileResourceMeta>[] getAllMetas();
 
-    /** Ends the writing of an entry. */
+    /**
+     * Ends the writing of an entry.
+     *
+     * @param key the key of the entry
+     */
     public abstract void unlock(String key);
 
-    /** Deletes the entry; false if there was none. */
+    /**
+     * Deletes the entry.
+     *
+     * @param key the key of the entry
+     * @return false if there was none
+     */
     public abstract boolean remove(String key);
 
-    /** Measures what was written for the key, then evicts old entries until the budget holds. */
+    /**
+     * Measures what was written for the key, then evicts old entries until the budget holds.
+     *
+     * @param key the key of the entry
+     */
     public abstract void commit(String key);
 
     /** Deletes the root directory with everything in it. Create it again before the next use. */
     public abstract void clear();
 
-    /** The sum of the recorded sizes in bytes. */
+    /** {@return the sum of the recorded sizes in bytes} */
     public abstract long getSize();
 
     /** Writes out extra bytes that an implementation holds back. */

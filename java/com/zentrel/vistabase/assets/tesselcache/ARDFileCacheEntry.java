@@ -4,12 +4,16 @@ package com.zentrel.vistabase.assets.tesselcache;
 public final class ARDFileCacheEntry {
     private final String mPath;
 
-    /** Made by native code. */
+    /**
+     * Made by native code.
+     *
+     * @param path the full path
+     */
     public ARDFileCacheEntry(String path) {
         mPath = path;
     }
 
-    /** Full path of the entry, a regular file or a directory. */
+    /** {@return the full path of the entry, a regular file or a directory} */
     public String getPath() {
         return mPath;
     }

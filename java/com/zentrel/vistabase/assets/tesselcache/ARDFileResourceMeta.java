@@ -11,14 +11,18 @@ public final class ARDFileResourceMeta extends HybridClassBase {
         MergedSoMapping.load("libardcache-jni.so");
     }
 
-    /** Made by native code. */
+    /**
+     * Made by native code.
+     *
+     * @param hybridData the owner of the native peer
+     */
     public ARDFileResourceMeta(HybridData hybridData) {
         super(hybridData);
     }
 
     /**
-     * The entry's extra bytes, in a new direct buffer that stays valid for as long as it, or a view
-     * of it, is reachable.
+     * {@return the entry's extra bytes, in a new direct buffer that stays valid for as long as it,
+     * or a view of it, is reachable}
      */
     public native ByteBuffer getExtra();
 }

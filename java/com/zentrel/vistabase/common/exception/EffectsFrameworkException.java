@@ -4,7 +4,11 @@ package com.zentrel.vistabase.common.exception;
 public class EffectsFrameworkException extends RuntimeException {
     private static final long serialVersionUID = 1L;
 
-    /** Made by native code. */
+    /**
+     * Made by native code.
+     *
+     * @param message what failed, and why
+     */
     public EffectsFrameworkException(String message) {
         super(message);
     }

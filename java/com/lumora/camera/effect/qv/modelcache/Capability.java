@@ -6,8 +6,10 @@ import java.util.List;
 
 /** What models are for. A version of a capability is complete when it has one file of each type. */
 public enum Capability {
+    /** Face tracking: four files. */
     FACE_TRACKING("face_tracker_model.bin", "face_detector_model.bin", "features_model.bin",
             "pdm_multires.bin"),
+    /** Segmentation: two files. */
     SEGMENTATION("seg_init_net.pb", "seg_predict_net.pb");
 
     private final List<String> mTypes;
@@ -16,7 +18,7 @@ public enum Capability {
         mTypes = Collections.unmodifiableList(Arrays.asList(types));
     }
 
-    /** The types of its models, in their fixed order. */
+    /** {@return the types of its models, in their fixed order} */
     public List<String> types() {
         return mTypes;
     }

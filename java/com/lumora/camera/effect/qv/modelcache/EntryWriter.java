@@ -39,9 +39,11 @@ public class EntryWriter extends OutputStream {
     }
 
     /**
-     * Makes what was written the entry, in place of an earlier one and of its extra bytes, and closes
-     * the writer. Once this returns, the entry outlasts a power cut. If it throws, what was there
-     * before is there or, when only the last sync failed, the new entry.
+     * Makes what was written the entry, in place of an earlier one and of its extra bytes, and
+     * closes the writer. Once this returns, the entry outlasts a power cut. If it throws, what was
+     * there before is there or, when only the last sync failed, the new entry.
+     *
+     * @throws IOException if it is too much for the budget, or the disk fails
      */
     public synchronized void commit() throws IOException {
         mStore.requireOutside();

@@ -5,6 +5,12 @@ import java.io.OutputStream;
 
 /** Gets the bytes of an entry that is not there yet. */
 public interface Fetcher {
-    /** Writes all of the entry, or throws. */
+    /**
+     * Writes all of the entry, or throws.
+     *
+     * @param key the key of the entry
+     * @param out takes its bytes
+     * @throws IOException if they cannot be got
+     */
     void fetch(String key, OutputStream out) throws IOException;
 }

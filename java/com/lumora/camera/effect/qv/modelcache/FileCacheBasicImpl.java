@@ -20,6 +20,7 @@ public class FileCacheBasicImpl extends ARDFileCache {
     /**
      * Creates the root directory if it is missing. If that fails, the operations report it.
      *
+     * @param rootPath the root directory
      * @param maxSizeBytes the budget; {@link #commit} evicts the least recently used entries beyond
      */
     public FileCacheBasicImpl(String rootPath, long maxSizeBytes) {
@@ -63,6 +64,12 @@ public class FileCacheBasicImpl extends ARDFileCache {
         }
     }
 
+    /**
+     * {@return the owner of a new peer; for the constructor}
+     *
+     * @param rootPath the root directory
+     * @param maxSizeBytes the budget
+     */
     public static native HybridData initHybrid(String rootPath, long maxSizeBytes);
 
     @Override

@@ -32,10 +32,12 @@ public final class FileStore implements Closeable {
     private NativeCache mNatives; // made when it is first needed
 
     /**
-     * Opens the store of a directory, which is created if it is missing. It is to be one of its own:
-     * the files of a {@link ModelStore} would be entries like others.
+     * Opens the store of a directory, which is created if it is missing. It is to be one of its
+     * own: the files of a {@link ModelStore} would be entries like others.
      *
+     * @param root the directory
      * @param maxSizeBytes the budget of all entries together
+     * @return the store, to be closed
      * @throws IOException if another store has the root; the message says which
      */
     public static FileStore open(File root, long maxSizeBytes) throws IOException {
@@ -70,7 +72,13 @@ public final class FileStore implements Closeable {
         mEntries = new Entries(root, disk);
     }
 
-    /** The file of an entry, which thereby counts as used; null if there is none, and only then. */
+    /**
+     * Finds the file of an entry, which thereby counts as used.
+     *
+     * @param key the key of the entry
+     * @return null if there is none, and only then
+     * @throws IOException if the disk fails
+     */
     public File get(String key) throws IOException {
         String name = Entries.nameOf(key);
         requireOpen();
@@ -84,7 +92,10 @@ public final class FileStore implements Closeable {
     /**
      * Begins to write an entry. What is there stays until the writer commits.
      *
+     * @param key the key of the entry
+     * @return its writer, to be closed
      * @throws IllegalStateException if the entry is being written already
+     * @throws IOException if the disk fails
      */
     public EntryWriter write(String key) throws IOException {
         String name = Entries.nameOf(key);
@@ -102,8 +113,13 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * The file of an entry, which {@code fetcher} gets if there is none. Of several threads that ask
-     * for one key, one fetches, and the others wait for what becomes of it.
+     * The file of an entry, which {@code fetcher} gets if there is none. Of several threads that
+     * ask for one key, one fetches, and the others wait for what becomes of it.
+     *
+     * @param key the key of the entry
+     * @param fetcher gets its bytes
+     * @return its file
+     * @throws IOException if the fetcher or the disk fails
      */
     public File getOrFetch(String key, Fetcher fetcher) throws IOException {
         File file = get(key);
@@ -113,7 +129,13 @@ public final class FileStore implements Closeable {
         return mFlights.fetch(key, fetcher);
     }
 
-    /** Deletes an entry and its extra bytes; false if there was none. */
+    /**
+     * Deletes an entry and its extra bytes.
+     *
+     * @param key the key of the entry
+     * @return false if there was none
+     * @throws IOException if the disk fails
+     */
     public boolean remove(String key) throws IOException {
         String name = Entries.nameOf(key);
         enter();
@@ -130,13 +152,22 @@ public final class FileStore implements Closeable {
         }
     }
 
-    /** Bytes of all entries together. */
+    /**
+     * {@return the bytes of all entries together}
+     *
+     * @throws IOException if the disk fails
+     */
     public long size() throws IOException {
         requireOpen();
         return mEntries.size();
     }
 
-    /** The extra bytes of an entry, or null if it has none. */
+    /**
+     * {@return the extra bytes of an entry, or null if it has none}
+     *
+     * @param key the key of the entry
+     * @throws IOException if the disk fails
+     */
     public byte[] extra(String key) throws IOException {
         String name = Entries.nameOf(key);
         enter();
@@ -147,7 +178,14 @@ public final class FileStore implements Closeable {
         }
     }
 
-    /** Gives an entry extra bytes, in place of those that it has; false if there is no entry. */
+    /**
+     * Gives an entry extra bytes, in place of those that it has.
+     *
+     * @param key the key of the entry
+     * @param extra any bytes
+     * @return false if there is no such entry
+     * @throws IOException if the disk fails
+     */
     public boolean setExtra(String key, byte[] extra) throws IOException {
         String name = Entries.nameOf(key);
         enter();

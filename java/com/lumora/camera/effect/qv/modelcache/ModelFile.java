@@ -11,7 +11,10 @@ public final class ModelFile {
     private final String mSha256;
 
     /**
+     * A file of these properties.
+     *
      * @param type one of {@link Capability#types}
+     * @param sizeBytes the size of the file
      * @param sha256 the SHA-256 digest of the file's bytes, 64 hexadecimal digits
      * @throws IllegalArgumentException if the size is negative or the digest is none
      */
@@ -30,15 +33,17 @@ public final class ModelFile {
         mSha256 = sha256.toLowerCase(Locale.ROOT);
     }
 
+    /** {@return one of {@link Capability#types}} */
     public String type() {
         return mType;
     }
 
+    /** {@return the size of the file} */
     public long sizeBytes() {
         return mSizeBytes;
     }
 
-    /** In lower case. */
+    /** {@return the digest, in lower case} */
     public String sha256() {
         return mSha256;
     }

@@ -37,7 +37,10 @@ public final class ModelStore implements Closeable {
      * Opens the store of a directory, which is created if it is missing. What is damaged is mended,
      * which the {@link SoftErrors.Listener} is told.
      *
+     * @param root the directory
+     * @param capability what the models are for
      * @param maxSizeBytes the budget of all model files together
+     * @return the store, to be closed
      * @throws IOException if another store has the root; the message says which
      * @throws IllegalArgumentException if the root has the models of another capability
      */
@@ -82,17 +85,19 @@ public final class ModelStore implements Closeable {
         mRootLock = new RootLock(root);
     }
 
-    /** From each type to the path of its file in the active version; empty if there is none. */
+    /**
+     * {@return the paths of the files of the active version, by their types; empty if there is none}
+     */
     public Map<String, String> paths() {
         return table().paths();
     }
 
-    /** The number of the active version, or null if there is none. */
+    /** {@return the number of the active version, or null if there is none} */
     public Integer activeVersion() {
         return table().activeNumber();
     }
 
-    /** The numbers of the complete versions, in ascending order. */
+    /** {@return the numbers of the complete versions, in ascending order} */
     public List<Integer> versions() {
         return table().numbers();
     }
@@ -102,7 +107,9 @@ public final class ModelStore implements Closeable {
      * longest go, then files of no version, but never the active version. What earlier updates to
      * other versions left unfinished goes too.
      *
+     * @param version the number of the version
      * @param files one for each of the capability's types
+     * @return the update, to be closed
      * @throws IOException if the active version and this one do not fit the budget together
      * @throws IllegalStateException if another update is running
      */
@@ -113,7 +120,9 @@ public final class ModelStore implements Closeable {
     /**
      * Makes a complete version the active one.
      *
+     * @param version the number of the version
      * @throws IllegalArgumentException if there is no such version
+     * @throws IOException if the disk fails
      */
     public void activate(int version) throws IOException {
         impl().activate(version);
@@ -122,6 +131,9 @@ public final class ModelStore implements Closeable {
     /**
      * Deletes all versions but these and the active one, and what unfinished updates have left. If
      * that would leave no version at all, all of them stay.
+     *
+     * @param versions the numbers of those to keep
+     * @throws IOException if the disk fails
      */
     public void trimExcept(int... versions) throws IOException {
         impl().trimExcept(versions);
@@ -130,6 +142,9 @@ public final class ModelStore implements Closeable {
     /**
      * Reads all files of the complete versions and returns those whose bytes are not what was
      * committed any more. The next update to such a version lists them as missing.
+     *
+     * @return those files, each once
+     * @throws IOException if the disk fails
      */
     public List<ModelFile> verify() throws IOException {
         return impl().verify();

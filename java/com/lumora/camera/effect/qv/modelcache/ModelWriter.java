@@ -21,12 +21,16 @@ public final class ModelWriter extends EntryWriter {
         mFile = file;
     }
 
-    /** Where the next byte that is written comes to lie in the file. */
+    /** {@return where the next byte that is written comes to lie in the file} */
     public synchronized long offset() {
         return mOffset;
     }
 
-    /** Drops what has been written. */
+    /**
+     * Drops what has been written.
+     *
+     * @throws IOException if the disk fails
+     */
     public synchronized void restart() throws IOException {
         requireOpen();
         openPart(0);

@@ -12,8 +12,9 @@ public final class SoftErrors {
          * One soft error. What this throws is dropped; soft errors that it causes itself reach the
          * platform's log alone.
          *
-         * @param file where the code is that reports, and {@code line} the line in it
+         * @param file where the code is that reports
          * @param function which function reports
+         * @param line the line in the file
          * @param severity 1: an operation failed and gave a neutral result, or something was
          *     mended; 2: a promise of the code itself was broken
          * @param category the part of the library: a tag for a log
@@ -58,7 +59,11 @@ public final class SoftErrors {
 
     private SoftErrors() {}
 
-    /** Sends all further soft errors to {@code listener}, or to none if it is null. */
+    /**
+     * Sends all further soft errors to the listener.
+     *
+     * @param listener receives them on the threads that cause them; null for none
+     */
     public static void setListener(Listener listener) {
         sListener = listener;
     }

@@ -26,7 +26,7 @@ public final class Update implements Closeable {
         mVersion = version;
     }
 
-    /** The files that are still to be written, each once. */
+    /** {@return the files that are still to be written, each once} */
     public List<ModelFile> missing() {
         mStore.enter();
         try {
@@ -40,8 +40,11 @@ public final class Update implements Closeable {
     /**
      * Begins to write a missing file, or goes on with it.
      *
+     * @param file one of those that are missing
+     * @return its writer, to be closed
      * @throws IllegalArgumentException if the file is not missing
      * @throws IllegalStateException if it is being written already
+     * @throws IOException if the disk fails
      */
     public ModelWriter write(ModelFile file) throws IOException {
         ModelWriter writer;
@@ -74,6 +77,7 @@ public final class Update implements Closeable {
      * Makes the version the active one.
      *
      * @throws IllegalStateException if files are missing
+     * @throws IOException if the disk fails: the version that was active still is
      */
     public void activate() throws IOException {
         mStore.enter();

@@ -23,23 +23,45 @@ public final class FacetrackerModelCache extends HybridClassBase {
         super(initHybrid(fileCache));
     }
 
+    /**
+     * {@return the owner of a new peer over the file cache; for the constructor}
+     *
+     * @param fileCache where the files are
+     */
     public static native HybridData initHybrid(ARDFileCache fileCache);
 
-    /** Path of "face_tracker_model.bin", or "". */
+    /**
+     * {@return the path of "face_tracker_model.bin", or ""}
+     *
+     * @param version the number of the version
+     */
     public native String getFaceAlignPath(int version);
 
-    /** Path of "face_detector_model.bin", or "". */
+    /**
+     * {@return the path of "face_detector_model.bin", or ""}
+     *
+     * @param version the number of the version
+     */
     public native String getFaceDetectPath(int version);
 
-    /** Path of "features_model.bin", or "". */
+    /**
+     * {@return the path of "features_model.bin", or ""}
+     *
+     * @param version the number of the version
+     */
     public native String getFaceContourPath(int version);
 
-    /** Path of "pdm_multires.bin", or "". */
+    /**
+     * {@return the path of "pdm_multires.bin", or ""}
+     *
+     * @param version the number of the version
+     */
     public native String getMeshPath(int version);
 
     /**
      * Records a cached file as a model of the version.
      *
+     * @param version the number of the version
      * @param cacheKey the file's key in the file cache
      * @param typeName which model it is: one of the file names above
      * @return false if the file cache does not hold the key
@@ -50,6 +72,8 @@ public final class FacetrackerModelCache extends HybridClassBase {
     /**
      * Deletes all other versions, with the files that the kept one does not share. Does nothing if
      * the version to keep is not recorded.
+     *
+     * @param version the number of the version to keep
      */
     public native void trimExceptVersion(int version);
 }

@@ -23,17 +23,31 @@ public final class SegmentationModelCache extends HybridClassBase {
         super(initHybrid(fileCache));
     }
 
+    /**
+     * {@return the owner of a new peer over the file cache; for the constructor}
+     *
+     * @param fileCache where the files are
+     */
     public static native HybridData initHybrid(ARDFileCache fileCache);
 
-    /** Path of "seg_init_net.pb", or "". */
+    /**
+     * {@return the path of "seg_init_net.pb", or ""}
+     *
+     * @param version the number of the version
+     */
     public native String getInitNetPath(int version);
 
-    /** Path of "seg_predict_net.pb", or "". */
+    /**
+     * {@return the path of "seg_predict_net.pb", or ""}
+     *
+     * @param version the number of the version
+     */
     public native String getPredictNetPath(int version);
 
     /**
      * Records a cached file as a model of the version.
      *
+     * @param version the number of the version
      * @param cacheKey the file's key in the file cache
      * @param typeName which model it is: one of the file names above
      * @return false if the file cache does not hold the key
@@ -44,6 +58,8 @@ public final class SegmentationModelCache extends HybridClassBase {
     /**
      * Deletes all other versions, with the files that the kept one does not share. Does nothing if
      * the version to keep is not recorded.
+     *
+     * @param version the number of the version to keep
      */
     public native void trimExceptVersion(int version);
 }
