@@ -12,7 +12,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// How a native type crosses JNI. A specialisation has
+/// How a native type crosses JNI. A specialization has
 ///   Jni                   the JNI type
 ///   fromJni(value, name)  the native value of the argument of that name, or
 ///   toJni(value)          the JNI value of a result: a number or a LocalRef

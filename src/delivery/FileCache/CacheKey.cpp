@@ -48,7 +48,7 @@ std::string escapeKey(const std::string& key) {
     if (special.find(character) != std::string_view::npos) {
       name += '%';
     }
-    // The character itself, not its code: caches on users' devices are named like this.
+    // The character itself, not its code: the names of what lies on disk depend on it.
     name += character;
   }
   return name;

@@ -12,8 +12,8 @@ class CacheMetadata final : public ICacheMetadata {
   /// Without any record.
   CacheMetadata() = default;
 
-  /// The first of several records of one name is kept, but the total counts them all: kept on
-  /// purpose, since budgets have been observed with it.
+  /// Of several records of one name, the first is kept. The total counts them all: it is the sum
+  /// of what the metadata file says, until the next change.
   explicit CacheMetadata(std::vector<std::pair<std::string, CacheMetadataEntry>> entries);
 
   std::int64_t getTotalSize() const override;

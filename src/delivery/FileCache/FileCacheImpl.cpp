@@ -50,8 +50,7 @@ void FileCacheImpl::commit(const std::string& key) {
   const std::string name = fileNameOf(key);
   const std::uint64_t size = filesystem_->getSize(pathOf(name));
   // The other form escapes the name a second time, so that the size of a key with a special
-  // character is recorded nowhere. It has to stay so: such files are recorded by the reload that
-  // adopts them, and the sizes and ages in existing caches come from there.
+  // character is recorded nowhere: only the reload that adopts such a file records it.
   commit(name, static_cast<std::int64_t>(size));
 }
 
@@ -60,7 +59,8 @@ void FileCacheImpl::commit(const std::string& key, std::int64_t size) {
   ensureLoaded();
   metadata_->setEntrySize(name, size);
   for (const std::string& evicted : evictor_->selectKeysToEvict(*metadata_)) {
-    evictAndRemove(evicted);
+    // As if it were a key: a name with a special character is not found so, and its entry stays.
+    removeEntry(escapeKey(evicted));
   }
   saveMetadata(*metadata_);
 }
@@ -131,8 +131,7 @@ IFileCache::MemContainsStatus FileCacheImpl::memContains(const std::string& key)
 }
 
 bool FileCacheImpl::remove(const std::string& key) {
-  fileNameOf(key);
-  const bool removed = evictAndRemove(key);
+  const bool removed = removeEntry(fileNameOf(key));
   saveMetadata(*metadata_);
   return removed;
 }
@@ -150,8 +149,8 @@ void FileCacheImpl::clear() {
 
 void FileCacheImpl::flushExtra() {}
 
-/// `loaded_` is not to be set here, tempting as it is: files come and go behind the cache's back,
-/// and callers rely on every operation starting from the disk.
+/// Never sets `loaded_`: files come and go behind the cache's back, and callers rely on every
+/// operation starting from the disk.
 void FileCacheImpl::ensureLoaded() {
   if (!loaded_) {
     metadata_ = loadMetadata();
@@ -181,8 +180,7 @@ void FileCacheImpl::removeExtraFile(const std::string& name) {
   }
 }
 
-bool FileCacheImpl::evictAndRemove(const std::string& key) {
-  const std::string name = escapeKey(key);
+bool FileCacheImpl::removeEntry(const std::string& name) {
   ensureLoaded();
   const boost::filesystem::path path = pathOf(name);
   const bool removed =

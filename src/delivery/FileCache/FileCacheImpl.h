@@ -51,7 +51,7 @@ class FileCacheImpl : public IFileCache {
   quovix::unique_ref<ICacheMetadata> loadMetadata();
   void saveMetadata(const ICacheMetadata& metadata);
   void removeExtraFile(const std::string& name);
-  bool evictAndRemove(const std::string& key);
+  bool removeEntry(const std::string& name);
 
   const boost::filesystem::path root_;
   const boost::filesystem::path metadataFile_;

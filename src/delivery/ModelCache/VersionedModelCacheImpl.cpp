@@ -10,7 +10,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-// "mode" in the second text is how it has always been; reports are matched by it.
+// The second text says "mode": collectors match reports by it.
 constexpr ErrorTexts kAddErrors{
     "Could not add model into the cache: ",
     "Could not add mode into the cache - unknown exception",
@@ -24,7 +24,8 @@ constexpr ErrorTexts kQueryVersionsErrors{
     "Could not query versions - unknown exception",
 };
 
-/// Names the version, so that it cannot be a constant. Nothing follows the last ": ", as always.
+/// Names the version, so that it cannot be a constant. Nothing follows the last ": ": collectors
+/// match reports by this text.
 struct DeleteErrors {
   int version;
   std::string operator()(const char* cause) const {

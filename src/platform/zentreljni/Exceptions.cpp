@@ -77,7 +77,7 @@ void translatePendingCppExceptionToJavaException() noexcept {
   try {
     raiseHandledException();
   } catch (...) {
-    // No memory for the exception: the machine says so itself, or is told to.
+    // No memory for the exception: the JVM says so itself, or is told to.
     if (env->ExceptionCheck() == JNI_FALSE) {
       const LocalRef<jclass> type(env->FindClass(kOutOfMemory));
       if (type) {

@@ -7,7 +7,7 @@
 namespace zentrel::jni {
 
 /// Raises a managed exception (class name in slash form, any bytes as message), then throws
-/// PendingJavaException for it. A class that cannot be found leaves the machine's own error.
+/// PendingJavaException for it. A class that cannot be found leaves the JVM's own error.
 [[noreturn]] void throwNewJavaException(const char* className, const std::string& message);
 
 /// Throws java.lang.NullPointerException "NAME must not be null" when an argument is null.

@@ -10,42 +10,42 @@ namespace {
 
 /// The texts under which an operation reports its failures. Written out because compilers print
 /// signatures differently, and reports from all builds of an app are counted together.
-struct Operation {
+struct ReportTexts {
   const char* function;
   const char* format;
   const char* unknownError;
 };
 
-#define OPERATION(result, signature, label)                                                     \
-  Operation {                                                                                   \
+#define REPORT_TEXTS(result, signature, label)                                                  \
+  ReportTexts {                                                                                 \
     "virtual " result " zentrel::vistabase::ardelivery::FileCacheWithErrorLogging::" signature, \
         "Error for " label ": %s", "Error for " label ": unknown error"                         \
   }
 
-constexpr Operation kInsertAndLock = OPERATION(
+constexpr ReportTexts kInsertAndLock = REPORT_TEXTS(
     "std::shared_ptr<FileCacheEntry>", "insertAndLock(const std::string &)", "insertAndLock");
-constexpr Operation kCommit = OPERATION("void", "commit(const std::string &)", "commit");
-constexpr Operation kCommitSize =
-    OPERATION("void", "commit(const std::string &, int64_t)", "commit");
-constexpr Operation kUnlock = OPERATION("void", "unlock(const std::string &)", "unlock");
-constexpr Operation kGetCacheEntry = OPERATION(
+constexpr ReportTexts kCommit = REPORT_TEXTS("void", "commit(const std::string &)", "commit");
+constexpr ReportTexts kCommitSize =
+    REPORT_TEXTS("void", "commit(const std::string &, int64_t)", "commit");
+constexpr ReportTexts kUnlock = REPORT_TEXTS("void", "unlock(const std::string &)", "unlock");
+constexpr ReportTexts kGetCacheEntry = REPORT_TEXTS(
     "std::shared_ptr<FileCacheEntry>", "getCacheEntry(const std::string &)", "getCacheEntry");
-constexpr Operation kGetCacheEntryWithoutPromotion = OPERATION(
+constexpr ReportTexts kGetCacheEntryWithoutPromotion = REPORT_TEXTS(
     "std::shared_ptr<FileCacheEntry>", "getCacheEntryWithoutPromotion(const std::string &)",
     "getCacheEntryWithoutPromotion");
-constexpr Operation kUpdateExtra = OPERATION(
+constexpr ReportTexts kUpdateExtra = REPORT_TEXTS(
     "bool", "updateExtra(const std::string &, zentrel::vistabase::ardelivery::BytesVector &&)",
     "updateExtra");
-constexpr Operation kGetAllMetas = OPERATION(
+constexpr ReportTexts kGetAllMetas = REPORT_TEXTS(
     "std::vector<std::pair<std::string, FileCacheEntryMeta> >", "getAllMetas()", "getAllMetas");
-constexpr Operation kMemContains =
-    OPERATION("IFileCache::MemContainsStatus", "memContains(const std::string &)", "memContains");
-constexpr Operation kRemove = OPERATION("bool", "remove(const std::string &)", "remove");
-constexpr Operation kGetSize = OPERATION("int64_t", "getSize()", "getSize");
-constexpr Operation kClear = OPERATION("void", "clear()", "clear");
-constexpr Operation kFlushExtra = OPERATION("void", "flushExtra()", "flush");
+constexpr ReportTexts kMemContains = REPORT_TEXTS(
+    "IFileCache::MemContainsStatus", "memContains(const std::string &)", "memContains");
+constexpr ReportTexts kRemove = REPORT_TEXTS("bool", "remove(const std::string &)", "remove");
+constexpr ReportTexts kGetSize = REPORT_TEXTS("int64_t", "getSize()", "getSize");
+constexpr ReportTexts kClear = REPORT_TEXTS("void", "clear()", "clear");
+constexpr ReportTexts kFlushExtra = REPORT_TEXTS("void", "flushExtra()", "flush");
 
-#undef OPERATION
+#undef REPORT_TEXTS
 
 constexpr const char* kFile =
     "delivery/FileCache/FileCacheWithErrorLogging/FileCacheWithErrorLogging";
@@ -69,17 +69,17 @@ IFileCache::MemContainsStatus neutralValue() {
 /// Passes a call on to the wrapped cache. The reference's own check for null stands outside of the
 /// protected region: it reports by itself and throws nothing.
 template <class Call>
-auto guard(const quovix::shared_ref<IFileCache>& reference, const Operation& operation,
+auto guard(const quovix::shared_ref<IFileCache>& reference, const ReportTexts& texts,
            const Call& call) noexcept -> decltype(call(std::declval<IFileCache&>())) {
   IFileCache* const cache = reference.get();
   try {
     return call(*cache);
   } catch (const std::exception& error) {
-    softerror::printSoftError(kFile, operation.function, __LINE__, kSeverity, kCategory,
-                              operation.format, error.what());
+    softerror::printSoftError(kFile, texts.function, __LINE__, kSeverity, kCategory, texts.format,
+                              error.what());
   } catch (...) {
-    softerror::printSoftError(kFile, operation.function, __LINE__, kSeverity, kCategory,
-                              operation.unknownError);
+    softerror::printSoftError(kFile, texts.function, __LINE__, kSeverity, kCategory,
+                              texts.unknownError);
   }
   return neutralValue<decltype(call(*cache))>();
 }
