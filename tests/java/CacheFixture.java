@@ -11,7 +11,7 @@ abstract class CacheFixture {
     @BeforeEach
     void openNewCache() {
         mRoot = mFolder.resolve("new/root");
-        mCache = new FileCacheBasicImpl(mRoot.toString(), 10);
+        mCache = new FileCacheBasicImpl(mRoot.toString(), 1L << 40);
     }
 
     /** Takes a file of that many bytes through a writer's calls. */
