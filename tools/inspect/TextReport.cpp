@@ -1,17 +1,66 @@
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <numeric>
 
 #include "delivery/FileCache/CacheKey.h"
-#include "delivery/ModelCache/VersionedModelCacheImpl.h"
-#include "tools/inspect/Terminal.h"
 #include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
 namespace {
 
-using Kind = Table::Kind;
+/// Rows of cells, each column as wide as its widest cell.
+class Table {
+ public:
+  /// A letter for each column: n for names, which are cut where a line would be too long, l for
+  /// others, r for those that are aligned at their right.
+  explicit Table(std::string columns) : columns_(std::move(columns)) {}
+
+  /// A row of as many printable texts as there are columns.
+  void add(std::vector<std::string> row) { rows_.push_back(std::move(row)); }
+
+  /// The table's lines, without trailing blanks.
+  std::string text(std::size_t width, const std::string& indent) const {
+    const std::vector<std::size_t> widths = fittedTo(width - indent.size());
+    std::string result;
+    for (const auto& row : rows_) {
+      std::string line = indent;
+      for (std::size_t i = 0; i < row.size(); ++i) {
+        const std::string cell = cut(row[i], widths[i]);
+        const std::string padding(widths[i] - columns(cell), ' ');
+        line += (columns_[i] == 'r' ? padding + cell : cell + padding) + "  ";
+      }
+      line.erase(line.find_last_not_of(' ') + 1);
+      result += line + '\n';
+    }
+    return result;
+  }
+
+ private:
+  std::vector<std::size_t> fittedTo(std::size_t total) const {
+    std::vector<std::size_t> widths(columns_.size());
+    for (const auto& row : rows_) {
+      for (std::size_t i = 0; i < row.size(); ++i) {
+        widths[i] = std::max(widths[i], columns(row[i]));
+      }
+    }
+    std::size_t sum = std::accumulate(widths.begin(), widths.end(), 2 * (widths.size() - 1));
+    std::size_t widest = 0;
+    for (; sum > total && widths[widest] > 0; --sum, --widths[widest]) {
+      for (std::size_t i = 0; i < widths.size(); ++i) {
+        widest = columns_[i] == 'n' && widths[i] > widths[widest] ? i : widest;
+      }
+    }
+    return widths;
+  }
+
+  std::string columns_;
+  std::vector<std::vector<std::string>> rows_;
+};
 
 template <class Number>
 std::string size(Number count) {
@@ -28,29 +77,41 @@ std::string size(Number count) {
 
 /// Of a recorded time, which may be anything.
 std::string date(std::int64_t milliseconds) {
+  constexpr std::int64_t end = 253'402'300'800'000;  // of the year 9999
   const auto seconds = static_cast<std::time_t>(milliseconds / 1000);
   std::tm parts{};
-  char text[32];
-  constexpr int lastYear = 9999 - 1900;
-  const bool isDate =
-      milliseconds > 0 && ::gmtime_r(&seconds, &parts) != nullptr && parts.tm_year <= lastYear;
-  return isDate && std::strftime(text, sizeof text, "%Y-%m-%d %H:%MZ", &parts) != 0 ? text
-         : milliseconds == 0                                                        ? "never"
-                                                                                    : "no date";
+  char text[32] = "no date";
+  if (milliseconds > 0 && milliseconds < end && ::gmtime_r(&seconds, &parts) != nullptr) {
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%MZ", &parts);
+  }
+  return milliseconds == 0 ? "never" : text;
 }
 
 std::string age(std::int64_t milliseconds) {
-  const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(
-                       std::chrono::system_clock::now().time_since_epoch())
-                       .count();
-  if (milliseconds <= 0 || milliseconds > now) {
+  using std::chrono::system_clock;
+  const std::int64_t now = system_clock::to_time_t(system_clock::now());
+  const std::int64_t minutes = (now - milliseconds / 1000) / 60;
+  if (milliseconds <= 0 || minutes < 0) {
     return "";
   }
-  const std::int64_t minutes = (now - milliseconds) / 60'000;
-  constexpr std::int64_t day = 24 * 60;
-  return minutes < 120       ? std::to_string(minutes) + " min"
-         : minutes < 2 * day ? std::to_string(minutes / 60) + " h"
-                             : std::to_string(minutes / day) + " d";
+  return minutes < 120    ? std::to_string(minutes) + " min"
+         : minutes < 2880 ? std::to_string(minutes / 60) + " h"
+                          : std::to_string(minutes / 1440) + " d";
+}
+
+/// In lines of at most `width` columns, broken at blanks and indented but for the first.
+std::string wrapped(const std::string& text, std::size_t width, std::size_t indent) {
+  std::string result;
+  std::size_t taken = 0;
+  for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {
+    end = std::min(text.find(' ', begin), text.size());
+    const std::string word = cut(text.substr(begin, end - begin), width - std::min(width, indent));
+    const bool isNewLine = taken > indent && taken + 1 + columns(word) > width;
+    const std::string space = isNewLine ? std::string(indent, ' ') : begin > 0 ? " " : "";
+    result += (isNewLine ? "\n" : "") + space + word;
+    taken = (isNewLine ? 0 : taken) + space.size() + columns(word);
+  }
+  return result;
 }
 
 std::string files(std::uint64_t count) {
@@ -59,12 +120,11 @@ std::string files(std::uint64_t count) {
 
 class TextReport {
  public:
-  TextReport(const Report& report, std::size_t width, bool coloured)
-      : report_(report), width_(width), paint_(coloured) {}
+  TextReport(const Report& report, std::size_t width) : report_(report), width_(width) {}
 
   std::string text() {
-    text_ = paint_(Colour::Bold, cut(printable(report_.root), width_)) + '\n';
-    addFiles();
+    text_ = cut(printable(report_.root), width_) + "\n\n";
+    addNames();
     addTotals();
     for (const Version& version : report_.versions) {
       addVersion(version);
@@ -74,117 +134,91 @@ class TextReport {
   }
 
  private:
-  void addLine(const std::string& line, std::size_t indent) {
-    text_ += std::string(indent, ' ') + wrapped(line, width_ - indent, indent) + '\n';
-  }
-
-  void addFiles() {
-    Table table({Kind::Name, Kind::Right, Kind::Left, Kind::Right, Kind::Left});
-    table.add({{"NAME", Colour::Dim},
-               {"SIZE", Colour::Dim},
-               {"LAST USED", Colour::Dim},
-               {"AGE", Colour::Dim},
-               {"NOTE", Colour::Dim}});
+  void addNames() {
+    Table table("nrlrl");
+    table.add({"NAME", "SIZE", "LAST USED", "AGE", "NOTE"});
     for (const auto* const list : {&report_.entries, &report_.others}) {
       for (const Entry& entry : *list) {
         const std::int64_t used = entry.lastAccess.value_or(0);
-        table.add({{printable(entry.name)},
-                   {size(entry.size())},
-                   {date(used)},
-                   {age(used)},
-                   note(entry)});
+        table.add({printable(entry.name), size(entry.size()), date(used), age(used), note(entry)});
       }
     }
-    text_ += table.text(paint_, width_, "");
+    text_ += table.text(width_, "");
   }
 
-  Cell note(const Entry& entry) const {
+  std::string note(const Entry& entry) const {
     if (entry.evicted) {
       // The cache escapes the name once more, and so looks for a file that is not there.
-      return {escapeKey(entry.name) == entry.name ? "evicted " + std::to_string(*entry.evicted)
-                                                  : "stays: its key has a special character"};
+      return escapeKey(entry.name) == entry.name ? "evicted " + std::to_string(*entry.evicted)
+                                                 : "stays";
     }
-    if (entry.state != "present") {
-      return {entry.state, entry.state == "other" ? Colour::None : Colour::Yellow};
-    }
-    const bool isUnused = !report_.versions.empty() && entry.versions.empty() &&
-                          entry.name != VersionedModelCacheImpl::kIndexKey;
-    return {isUnused          ? "no version"
-            : entry.extraSize ? "extra " + size(*entry.extraSize)
-                              : "",
-            Colour::Dim};
+    const bool isModel = !report_.versions.empty() && entry.name != "versioned_index";
+    return entry.state != "present"            ? entry.state
+           : entry.versions.size() > 1         ? "shared"
+           : isModel && entry.versions.empty() ? "no version"
+           : entry.extraSize                   ? "extra " + size(*entry.extraSize)
+                                               : "";
   }
 
   void addTotals() {
     Group all{"Total"};
-    Table table({Kind::Left, Kind::Right, Kind::Right});
+    Table table("lrr");
     for (const Group& group : report_.groups) {
       all.size += group.size;
       all.files += group.files;
+      table.add({group.name, size(group.size), files(group.files)});
     }
-    for (const auto& group : report_.groups) {
-      table.add({{"  " + group.name}, {size(group.size)}, {files(group.files)}});
-    }
-    text_ += '\n' + paint_(Colour::Bold, "Total " + size(all.size)) + " in " + files(all.files);
-    text_ += table.text(paint_, width_, "");
+    text_ += "\nTotal " + size(all.size) + " in " + files(all.files) + '\n';
+    text_ += table.text(width_, "  ");
     std::string line = "The cache counts " + size(report_.totalSize);
     if (const auto& budget = report_.budget) {
       const double left = static_cast<double>(*budget) - static_cast<double>(report_.totalSize);
       line += " of a budget of " + size(*budget) + ": " + size(std::abs(left)) +
               (left < 0 ? " over" : " left");
     }
-    addLine(line, 0);
+    text_ += wrapped(line, width_, 2) + '\n';
   }
 
   void addVersion(const Version& version) {
-    std::string heading = "Version " + std::to_string(version.version) +
+    std::string heading = "\nVersion " + std::to_string(version.version) +
                           (version.active ? ", active, " : ", ") + size(version.size);
-    for (const Capability& capability : version.capabilities) {
-      heading +=
-          ", " + capability.name + (capability.missing.empty() ? " complete" : " not complete");
+    for (const auto& [name, missing] : version.capabilities) {
+      heading += ", " + name + (missing.empty() ? "" : " not") + " complete";
     }
-    text_ += '\n' + paint_(Colour::Bold, wrapped(heading, width_, 2));
-    Table table({Kind::Name, Kind::Name, Kind::Right, Kind::Left});
+    Table table("nnr");
     for (const Model& model : version.models) {
-      table.add({{printable(model.type)},
-                 {printable(model.cacheKey)},
-                 model.size ? Cell{size(*model.size)} : Cell{"missing", Colour::Red},
-                 {model.shared ? "shared" : "", Colour::Dim}});
+      table.add({printable(model.type), printable(model.cacheKey),
+                 model.size ? size(*model.size) : "missing"});
     }
-    text_ += table.text(paint_, width_, "  ");
-    text_ += version.models.empty() ? "\n" : "";
+    text_ += wrapped(heading, width_, 2) + '\n' + table.text(width_, "  ");
   }
 
   void addFindings() {
-    if (report_.verifiedFiles) {
-      text_ += '\n';
-      addLine(files(*report_.verifiedFiles) + " verified", 0);
-    }
-    if (report_.findings.empty()) {
-      text_ += '\n' + paint_(Colour::Green, "No findings") + '\n';
-      return;
-    }
-    text_ += '\n' + paint_(Colour::Bold, "Findings") + '\n';
+    text_ += report_.verifiedFiles ? '\n' + files(*report_.verifiedFiles) + " verified\n" : "";
+    text_ += report_.findings.empty() ? "\nNo findings\n" : "\nFindings\n";
     for (const Finding& finding : report_.findings) {
       const std::string name = cut(printable(finding.name), width_ / 2);
-      text_ += "  " + paint_(Colour::Yellow, "!") + ' ' +
-               wrapped(name + (name.empty() ? "" : " ") + finding.text, width_ - 4, 4) + '\n';
+      text_ +=
+          "  ! " + wrapped(name + (name.empty() ? "" : " ") + finding.text, width_ - 4, 4) + '\n';
     }
-    if (report_.metadata.damage && report_.metadata.readable) {
-      addLine("Every operation of the cache fails until metadata.json is set aside: --recover", 0);
+    if (report_.metadata != "missing" && report_.metadata != "present" &&
+        report_.metadata != "cannot be read" && ::access(report_.root.c_str(), W_OK) == 0) {
+      text_ +=
+          wrapped("Every operation of the cache fails until --recover sets metadata.json aside",
+                  width_, 0) +
+          '\n';
     }
   }
 
   const Report& report_;
   const std::size_t width_;
-  const Painter paint_;
   std::string text_;
 };
 
 }  // namespace
 
-std::string toText(const Report& report, std::size_t width, bool coloured) {
-  return TextReport(report, width, coloured).text();
+std::string toText(const Report& report, std::size_t width) {
+  return TextReport(report, width).text();
 }
 
 }  // namespace zentrel::vistabase::ardelivery::inspect

@@ -21,7 +21,6 @@
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"
 #include "support/json/JsonValue.h"
-#include "tools/inspect/Terminal.h"
 #include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
@@ -43,21 +42,17 @@ Sort sortOf(const std::string& name) {
   return beginsWith(".") ? kOthers : kEntries;
 }
 
+std::unordered_set<std::string> namesIn(const fs::path& folder) {
+  if (!fs::is_directory(folder)) {
+    throw std::runtime_error("there is no folder '" + folder.string() + "'");
+  }
+  return FilesystemOperations().listDirectory(folder);
+}
+
 bool isRoot(const std::unordered_set<std::string>& names) {
   return std::any_of(names.begin(), names.end(), [](const std::string& name) {
     return name == VersionedModelCacheImpl::kIndexKey || sortOf(name) == kOwn;
   });
-}
-
-std::unordered_set<std::string> namesIn(const fs::path& folder) {
-  const std::string quoted = "'" + folder.string() + "'";
-  if (!fs::exists(folder)) {
-    throw std::runtime_error("there is no folder " + quoted);
-  }
-  if (!fs::is_directory(folder)) {
-    throw std::runtime_error(quoted + " is no folder; name the one that holds metadata.json");
-  }
-  return FilesystemOperations().listDirectory(folder);
 }
 
 /// The place and the cause, in one printable line.
@@ -84,6 +79,7 @@ class Inspection {
 
   Report run() {
     readRecords();
+    weigh();
     readFiles();
     readExtras();
     for (auto& [name, entry] : entries_) {
@@ -113,19 +109,19 @@ class Inspection {
   /// Adds what lies on disk, and what the cache itself would make of it.
   void readFiles() {
     std::unordered_set<std::string> ignored{kMetadataName, kExtraName};
-    for (const std::string& name : std::set<std::string>(names_.begin(), names_.end())) {
+    for (const std::string& name : names_) {
       const auto record = entries_.find(name);
       const bool isRecorded = record != entries_.end();
       const Sort sort = isRecorded ? kEntries : sortOf(name);
       Entry file = isRecorded ? record->second : Entry{name};
-      const std::int64_t changed = weigh(name, report_.groups[sort]);
-      file.sizeOnDisk = measure(name);
+      file.sizeOnDisk = measure((path_ / name).string());
       if (sort == kEntries) {
         file.state = isRecorded ? "present" : "only on disk";
         entries_[name] = file;
       } else if (sort != kOwn) {
         file.state = sort == kUnfinished ? "unfinished" : "other";
-        file.lastAccess = changed;
+        boost::system::error_code error;
+        file.lastAccess = fs::last_write_time(path_ / name, error) * 1000;
         report_.others.push_back(file);
       }
       if (sort == kUnfinished) {
@@ -142,42 +138,24 @@ class Inspection {
     report_.totalSize = reconciled_->getTotalSize();
   }
 
-  /// Adds all files at or below that name to the group, links among them as what they are. Returns
-  /// when the first was changed.
-  std::int64_t weigh(const std::string& name, Group& group) {
-    const std::int64_t changed = addFile(path_ / name, group);
+  /// Counts all files, links among them as what they are.
+  void weigh() {
     boost::system::error_code error;
-    if (fs::symlink_status(path_ / name, error).type() == fs::directory_file) {
-      fs::recursive_directory_iterator each(path_ / name, error);
-      while (!error && each != fs::recursive_directory_iterator()) {
-        addFile(each->path(), group);
-        each.increment(error);
+    std::string name;
+    fs::recursive_directory_iterator each(path_, error);
+    for (; !error && each != fs::recursive_directory_iterator(); each.increment(error)) {
+      struct stat status {};
+      const bool isThere = ::lstat(each->path().c_str(), &status) == 0;
+      name = each.depth() == 0 ? each->path().filename().string() : name;
+      if (isThere && !S_ISDIR(status.st_mode) &&
+          (status.st_nlink == 1 || linked_.insert({status.st_dev, status.st_ino}).second)) {
+        Group& group = report_.groups[entries_.count(name) != 0 ? kEntries : sortOf(name)];
+        group.size += static_cast<std::uint64_t>(status.st_size);
+        ++group.files;
       }
     }
     if (error) {
       report_.find(name, "cannot be read through: " + error.message());
-    }
-    return changed;
-  }
-
-  std::int64_t addFile(const fs::path& path, Group& group) {
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0) {
-      return 0;  // It was deleted just now.
-    }
-    if (!S_ISDIR(status.st_mode) &&
-        (status.st_nlink == 1 || linked_.insert({status.st_dev, status.st_ino}).second)) {
-      group.size += static_cast<std::uint64_t>(status.st_size);
-      ++group.files;
-    }
-    return std::int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
-  }
-
-  std::optional<std::int64_t> measure(const std::string& name) {
-    try {
-      return static_cast<std::int64_t>(FilesystemOperations().getSize(path_ / name));
-    } catch (const std::exception&) {
-      return std::nullopt;
     }
   }
 
@@ -192,7 +170,7 @@ class Inspection {
       const std::string path = std::string(kExtraName) + "/" + name;
       const auto found = entries_.find(name);
       if (found != entries_.end()) {
-        found->second.extraSize = measure(path);
+        found->second.extraSize = measure((path_ / path).string());
       } else if (name != kTableName) {
         report_.find(path, "belongs to no entry");
       }
@@ -200,7 +178,7 @@ class Inspection {
   }
 
   void findIn(const Entry& entry) {
-    if (!report_.metadata.present || report_.metadata.damage) {
+    if (report_.metadata != "present") {
       return;  // That is the finding.
     }
     if (entry.state != "present") {
@@ -227,7 +205,7 @@ class Inspection {
   }
 
   void takeEntries() {
-    if (!report_.metadata.present && !entries_.empty() && names_.count(kTableName) == 0) {
+    if (report_.metadata == "missing" && !entries_.empty() && names_.count(kTableName) == 0) {
       report_.find({}, "there is no metadata.json: no entry is recorded");
     }
     for (auto& [name, entry] : entries_) {
@@ -254,31 +232,38 @@ class Inspection {
 
 }  // namespace
 
-OwnFile readOwnFile(Report& report, const std::string& name,
-                    const std::function<void(const std::string&)>& read) {
+std::optional<std::int64_t> measure(const std::string& path) {
+  try {
+    return static_cast<std::int64_t>(FilesystemOperations().getSize(path));
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+std::string readOwnFile(Report& report, const std::string& name,
+                        const std::function<void(const std::string&)>& read) {
   const fs::path path = fs::path(report.root) / name;
   boost::system::error_code error;
   const fs::file_type type = fs::status(path, error).type();
-  OwnFile file{type != fs::file_not_found};
+  if (type == fs::file_not_found) {
+    return "missing";
+  }
   std::string text;
+  std::string state = type == fs::regular_file ? "cannot be read" : "is no file";
   try {
     if (type == fs::regular_file) {
-      file.readable = false;
       text = FileIO().readFile(path.string());
-      file.readable = true;
+      state = "is damaged: ";
       read(text);
-    } else if (file.present) {
-      file.damage = "is no file";
+      return "present";
     }
   } catch (const json::Error& failure) {
-    file.damage = "is damaged: " + describe(failure, text);
+    state += describe(failure, text);
   } catch (const std::exception& failure) {
-    file.damage = file.readable ? std::string("is damaged: ") + failure.what() : "cannot be read";
+    state += state == "is damaged: " ? failure.what() : "";
   }
-  if (file.damage) {
-    report.find(name, *file.damage);
-  }
-  return file;
+  report.find(name, state);
+  return state;
 }
 
 std::vector<std::string> rootsIn(const std::string& folder, bool force) {
@@ -290,14 +275,12 @@ std::vector<std::string> rootsIn(const std::string& folder, bool force) {
   for (const std::string& name : names) {
     const fs::path path = fs::path(folder) / name;
     boost::system::error_code error;
-    if (fs::is_directory(path, error) && isRoot(FilesystemOperations().listDirectory(path))) {
+    if (fs::is_directory(path, error) && isRoot(namesIn(path))) {
       roots.push_back(path.string());
     }
   }
   if (roots.empty()) {
-    throw std::runtime_error("'" + folder +
-                             "' does not look like a cache: it has no metadata.json (--force "
-                             "shows it all the same)");
+    throw std::runtime_error("'" + folder + "' does not look like a cache (--force shows it)");
   }
   std::sort(roots.begin(), roots.end());
   return roots;

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,8 +17,6 @@ class App;
 /// The parts of modelcache-inspect. Sizes are in bytes, times in milliseconds since 1970.
 namespace zentrel::vistabase::ardelivery::inspect {
 
-constexpr const char* kProgram = "modelcache-inspect";
-
 /// Where a store keeps its versions, in the root and once more among the extra bytes.
 constexpr const char* kTableName = ".versions";
 
@@ -29,19 +29,6 @@ struct Options {
   bool check = false;
   bool force = false;
   bool recover = false;
-};
-
-/// Declares the options, whose values go to `options`. Help, manual and completion are made of it.
-void declare(CLI::App& app, Options& options);
-
-/// The headings and texts that follow the options.
-const std::vector<std::pair<std::string, std::string>>& sections();
-
-/// One of the files in which a cache keeps its own affairs.
-struct OwnFile {
-  bool present = false;
-  bool readable = true;                    ///< As far as permissions and the disk go.
-  std::optional<std::string> damage = {};  ///< What is wrong with it, and where; printable.
 };
 
 /// A file or a folder of the root, or the record of one.
@@ -71,15 +58,8 @@ struct Model {
   std::string cacheKey;
   std::string name;                               ///< Of its file; "" if the cache refuses the key.
   std::optional<std::int64_t> size = {};          ///< None without a file.
-  std::optional<std::int64_t> recordedSize = {};  ///< What a store has recorded, as
-  std::optional<std::string> sha256 = {};         ///< this.
-  bool shared = false;                            ///< Whether other versions use it.
-};
-
-/// How far a version has a capability's files.
-struct Capability {
-  std::string name;
-  std::vector<std::string> missing;  ///< Names of the types without a file; empty when complete.
+  std::optional<std::int64_t> recordedSize = {};  ///< By a store,
+  std::optional<std::string> sha256 = {};         ///< as this.
 };
 
 struct Version {
@@ -87,7 +67,8 @@ struct Version {
   bool active = false;
   std::int64_t size = 0;  ///< Of its files, each counted once.
   std::vector<Model> models = {};
-  std::vector<Capability> capabilities = {};  ///< Those that it has any model of.
+  /// From each capability that it has any model of to the types of which there is no file.
+  std::map<std::string, std::vector<std::string>> capabilities = {};
 };
 
 /// Something that is not in order: "NAME is recorded, but not on disk".
@@ -99,9 +80,9 @@ struct Finding {
 /// What lies under a root.
 struct Report {
   std::string root;
-  OwnFile metadata, index, table;
-  std::vector<Group> groups;   ///< All that lies there.
-  std::int64_t totalSize = 0;  ///< As the cache's next operation would count it.
+  std::string metadata, index, table;  ///< As `readOwnFile` returns it.
+  std::vector<Group> groups;           ///< All that lies there.
+  std::int64_t totalSize = 0;          ///< As the cache's next operation would count it.
   std::optional<std::int64_t> budget;
   std::vector<Entry> entries, others;
   std::vector<Version> versions;
@@ -120,10 +101,13 @@ std::vector<std::string> rootsIn(const std::string& folder, bool force);
 /// Looks at a root without changing anything. Throws as `rootsIn` when it cannot be read at all.
 Report inspect(const std::string& root, const Options& options);
 
-/// Reads one of the cache's own files through `read`, whose exception becomes the file's damage,
-/// and a finding.
-OwnFile readOwnFile(Report& report, const std::string& name,
-                    const std::function<void(const std::string&)>& read);
+/// Reads one of the files in which a cache keeps its own affairs. Returns "missing", "present" or,
+/// as a finding too, what is wrong with it, such as the text of what `read` throws.
+std::string readOwnFile(Report& report, const std::string& name,
+                        const std::function<void(const std::string&)>& read);
+
+/// Bytes of a file, or of those below a folder, as the cache counts them; none if it would fail.
+std::optional<std::int64_t> measure(const std::string& path);
 
 /// Adds the versions of the index and of a store's table.
 void inspectVersions(Report& report);
@@ -131,15 +115,33 @@ void inspectVersions(Report& report);
 /// Reads the files of which a store has recorded the digest; those that differ are findings.
 void verify(Report& report);
 
-/// The bytes in hexadecimal digits, lower case.
-std::string toHex(std::string_view bytes);
+/// The width of lines that are not to be fitted to anything.
+constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
 
 /// For people, in lines of `width` columns at most.
-std::string toText(const Report& report, std::size_t width, bool coloured);
+std::string toText(const Report& report, std::size_t width);
 
-/// For scripts: a line of JSON, with the names as above. Of a text that is no UTF-8, NAMEHex has
-/// the bytes in hexadecimal digits.
+/// For scripts: a line of JSON, with the names as above. Of a text that is not harmless UTF-8,
+/// "NAMEHex" has the bytes in hexadecimal digits.
 std::string toJson(const Report& report);
 std::string toJson(const std::string& root, const std::string& error);
+
+/// What a build installs: a page for man, and completion for bash.
+void writeManual(const CLI::App& app, std::ostream& out);
+void writeCompletion(const CLI::App& app, std::ostream& out);
+
+/// The bytes as harmless UTF-8, with what `replace` gives for each run of bytes that is no
+/// character, or is one that a terminal obeys.
+std::string toUtf8(std::string_view bytes,
+                   const std::function<std::string(std::string_view run)>& replace);
+
+/// The bytes for a terminal: \xNN for each that is no part of a harmless character.
+std::string printable(std::string_view bytes);
+
+/// Columns that a printable text takes.
+std::size_t columns(std::string_view text);
+
+/// A printable text with its middle cut out, so that it takes at most `width` columns.
+std::string cut(const std::string& text, std::size_t width);
 
 }  // namespace zentrel::vistabase::ardelivery::inspect

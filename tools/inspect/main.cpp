@@ -5,14 +5,12 @@
 #include <algorithm>
 #include <boost/filesystem/exception.hpp>
 #include <clocale>
-#include <cstdlib>
 #include <exception>
+#include <fstream>
 #include <iostream>
-#include <string_view>
 
 #include "delivery/FileCache/CacheKey.h"
 #include "delivery/FileCache/recoverMetadata.h"
-#include "tools/inspect/Terminal.h"
 #include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
@@ -21,39 +19,88 @@ namespace {
 constexpr int kHasFindings = 1;
 constexpr int kFailed = 2;
 
+constexpr const char* kFooter = R"(Examples:
+  modelcache-inspect /tmp/facetracking
+      what is in a cache that was pulled off a device
+  modelcache-inspect --budget 50MB ROOT
+      what the next commit would evict
+  modelcache-inspect --json ROOT | jq -r '.entries[] | select(.state != "present").name'
+      the entries that are not both recorded and on disk
+  modelcache-inspect --recover ROOT
+      when metadata.json is damaged; files stay, access times are lost
+
+Findings: one of the cache's own files is damaged, missing or no file; an entry is only
+recorded or only on disk, or has another size than recorded; a download is unfinished; extra
+bytes belong to no entry; a version is not complete, or not in both of a store's records; a
+file differs from its digest; the total is over the budget.
+
+Exit status: 0; with --check 1 if there are findings; 2 if a ROOT cannot be inspected.)";
+
+void declare(CLI::App& app, Options& options) {
+  constexpr std::int64_t maxBudget = std::int64_t{1} << 60;
+  app.set_version_flag("--version", MODELCACHE_VERSION, "Print the version and exit");
+  app.footer(kFooter);
+  app.add_option("ROOT", options.roots,
+                 "A cache's folder, the one with metadata.json, or a folder of such folders")
+      ->required()
+      ->type_name("");
+  app.add_option("--budget", options.budget, "Show what exceeds a budget of BYTES (or 50MB, 64MiB)")
+      ->transform(CLI::AsSizeValue(true).description(""))
+      ->check(CLI::Range(std::int64_t{0}, maxBudget).description(""))
+      ->type_name("BYTES");
+  app.add_option("--sort", options.sort, "Order of entries: largest, oldest or first name first")
+      ->check(CLI::IsMember({"size", "age", "name"}).description(""))
+      ->type_name("size|age|name");
+  auto* const verify = app.add_flag("--verify", options.verify,
+                                    "Read a store's files and compare them with their digests");
+  auto* const json = app.add_flag("--json", options.json, "A line of JSON per root, for scripts");
+  auto* const check =
+      app.add_flag("--check", options.check, "Exit with status 1 if there are findings");
+  app.add_flag("--force", options.force, "Show a folder that does not look like a cache");
+  app.add_flag("--recover", options.recover,
+               "Set a damaged metadata.json aside; the only option that changes anything")
+      ->excludes(json)
+      ->excludes(check)
+      ->excludes(verify);
+  // For the build: what it installs is made of the above.
+  for (const auto& [name, write] : {std::pair("--write-manual", &writeManual),
+                                    std::pair("--write-completion", &writeCompletion)}) {
+    const auto toFile = [&app, write = write](const std::string& path) {
+      std::ofstream file(path);
+      write(app, file);
+      if (!file.flush()) {
+        throw CLI::FileError::Missing(path);
+      }
+      throw CLI::Success();
+    };
+    app.add_option_function<std::string>(name, toFile)->trigger_on_parse()->group("");
+  }
+}
+
 /// Of a terminal at standard output.
 std::size_t terminalWidth() {
   constexpr std::size_t narrowest = 60;
   constexpr std::size_t usual = 80;
+  winsize size{};
   if (::isatty(STDOUT_FILENO) != 1) {
     return kUnlimited;
   }
-  winsize size{};
   const bool isKnown = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
   return isKnown ? std::max<std::size_t>(size.ws_col, narrowest) : usual;
 }
 
-bool wantsColours() {
-  const char* const noColour = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  return (noColour == nullptr || *noColour == '\0') &&
-         (terminal == nullptr || std::string_view(terminal) != "dumb") &&
-         ::isatty(STDOUT_FILENO) == 1;
-}
-
 int recover(const std::string& root) {
-  if (recoverMetadata(root) == MetadataRecovery::SetAside) {
-    std::cout << "set metadata.json aside as " << printable(root) << '/' << kDamagedMetadataName
-              << '\n';
-  } else {
-    std::cout << "metadata.json is not damaged: nothing done\n";
-  }
+  const bool isDone = recoverMetadata(root) == MetadataRecovery::SetAside;
+  std::cout << printable(root) << ": "
+            << (isDone ? std::string("metadata.json is now ") + kDamagedMetadataName
+                       : "metadata.json is not damaged: nothing done")
+            << '\n';
   return EXIT_SUCCESS;
 }
 
 int show(const std::string& root, const Options& options) {
   const Report report = inspect(root, options);
-  std::cout << (options.json ? toJson(report) : toText(report, terminalWidth(), wantsColours()));
+  std::cout << (options.json ? toJson(report) : toText(report, terminalWidth()));
   return options.check && !report.findings.empty() ? kHasFindings : EXIT_SUCCESS;
 }
 
@@ -62,7 +109,7 @@ int fail(bool isJson, const std::string& root, const std::string& message) {
   if (isJson) {
     std::cout << toJson(root, message);
   } else {
-    std::cerr << kProgram << ": " << printable(message) << '\n';
+    std::cerr << "modelcache-inspect: " << printable(message) << '\n';
   }
   return kFailed;
 }
@@ -81,20 +128,19 @@ int guarded(bool isJson, const std::string& root, const Body& body) {
 
 int run(const Options& options) {
   int status = EXIT_SUCCESS;
-  bool isFirst = true;
+  const char* separator = "";
   for (const std::string& folder : options.roots) {
-    std::vector<std::string> roots;
-    status = std::max(status, guarded(options.json, folder, [&] {
-                        roots = rootsIn(folder, options.force);
-                        return EXIT_SUCCESS;
-                      }));
-    for (const std::string& root : roots) {
-      std::cout << (isFirst || options.json ? "" : "\n");
-      isFirst = false;
-      status = std::max(status, guarded(options.json, root, [&] {
-                          return options.recover ? recover(root) : show(root, options);
-                        }));
-    }
+    const auto showAll = [&] {
+      for (const std::string& root : rootsIn(folder, options.force)) {
+        std::cout << separator;
+        separator = options.json || options.recover ? "" : "\n";
+        status = std::max(status, guarded(options.json, root, [&] {
+                            return options.recover ? recover(root) : show(root, options);
+                          }));
+      }
+      return EXIT_SUCCESS;
+    };
+    status = std::max(status, guarded(options.json, folder, showAll));
   }
   return std::cout.flush() ? status : kFailed;
 }
@@ -104,13 +150,14 @@ int parseAndRun(int count, char** arguments) {
   const bool isJson =
       std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
   return guarded(isJson, "", [&] {
-    CLI::App app;
+    CLI::App app("Shows what lies in model caches. Changes nothing without --recover.",
+                 "modelcache-inspect");
     Options options;
     declare(app, options);
     try {
       app.parse(count, arguments);
-    } catch (const CLI::Success& help) {
-      return app.exit(help);
+    } catch (const CLI::Success& done) {
+      return app.exit(done);
     } catch (const CLI::ParseError& error) {
       return fail(isJson, "", std::string(error.what()) + " (see --help)");
     }

@@ -1,6 +1,7 @@
 #include <openssl/evp.h>
 #include <unistd.h>
 
+#include <boost/algorithm/hex.hpp>
 #include <cstdio>
 #include <fstream>
 #include <memory>
@@ -29,7 +30,7 @@ std::optional<std::string> sha256Of(const std::string& path) {
   if (!isGood || EVP_DigestFinal_ex(context.get(), digest, &length) != 1) {
     return std::nullopt;
   }
-  return toHex({reinterpret_cast<const char*>(digest), length});
+  return boost::algorithm::hex_lower(std::string(digest, digest + length));
 }
 
 }  // namespace

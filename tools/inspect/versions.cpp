@@ -14,7 +14,6 @@
 #include "delivery/ModelCache/FacetrackerModelCache.h"
 #include "delivery/ModelCache/SegmentationModelCache.h"
 #include "delivery/ModelCache/VersionedModelCacheImpl.h"
-#include "delivery/Storage/FilesystemOperations.h"
 #include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
@@ -103,36 +102,31 @@ StoreTable parseTable(const std::string& text) {
 /// The newer one of a store's good copies, or none.
 std::optional<StoreTable> readTable(Report& report) {
   const std::string names[] = {kTableName, std::string("extra/") + kTableName};
-  std::string texts[2];
+  std::string states[2], texts[2];
   std::optional<StoreTable> tables[2];
-  bool present[2];
   for (int i = 0; i < 2; ++i) {
-    const OwnFile file = readOwnFile(report, names[i], [&](const std::string& text) {
+    states[i] = readOwnFile(report, names[i], [&](const std::string& text) {
       texts[i] = text;
       tables[i] = parseTable(text);
     });
-    present[i] = file.present;
-    report.table = i == 0 ? file : report.table;
   }
+  report.table = states[0];
   const bool isFirst = tables[0] && (!tables[1] || tables[0]->sequence >= tables[1]->sequence);
-  if (present[0] != present[1]) {
-    report.find(names[present[0] ? 1 : 0], "is missing: of the store's versions there is one copy");
+  const int other = isFirst ? 1 : 0;
+  if (tables[1 - other] && states[other] == "missing") {
+    report.find(names[other], "is missing: of the store's versions there is one copy");
   } else if (tables[0] && tables[1] && texts[0] != texts[1]) {
-    report.find(names[isFirst ? 1 : 0], "is not the same as the other copy, which holds");
+    report.find(names[other], "is not the same as the other copy, which holds");
   }
-  return tables[isFirst ? 0 : 1];
+  return tables[1 - other];
 }
 
-/// Whether an index and a table say the same.
-bool haveSameFiles(const Version& left, const Version& right) {
-  const auto files = [](const Version& version) {
-    std::set<std::pair<std::string_view, std::string_view>> set;
-    for (const Model& model : version.models) {
-      set.emplace(model.type, model.name);
-    }
-    return set;
-  };
-  return files(left) == files(right);
+std::set<std::pair<std::string, std::string>> filesOf(const Version& version) {
+  std::set<std::pair<std::string, std::string>> files;
+  for (const Model& model : version.models) {
+    files.emplace(model.type, model.name);
+  }
+  return files;
 }
 
 /// Puts the versions of a table in place of those of the index.
@@ -147,9 +141,9 @@ void addTable(const StoreTable& table, Report& report) {
     hasActive = hasActive || version.active;
     const auto found = indexed.find(version.version);
     const bool isIndexed = found != indexed.end();
-    if (!isIndexed && !report.index.damage) {
+    if (!isIndexed && (report.index == "missing" || report.index == "present")) {
       report.find({}, nameOf(version) + " is not in versioned_index");
-    } else if (isIndexed && !haveSameFiles(report.versions[found->second], version)) {
+    } else if (isIndexed && filesOf(report.versions[found->second]) != filesOf(version)) {
       report.find({}, nameOf(version) + " has other files in versioned_index");
     }
     Version& place = isIndexed ? report.versions[found->second] : report.versions.emplace_back();
@@ -160,17 +154,6 @@ void addTable(const StoreTable& table, Report& report) {
   }
   for (const std::string& name : table.damaged) {
     report.find(name, "was found to have wrong bytes");
-  }
-}
-
-/// Bytes of what lies below the root; none if there is nothing.
-std::optional<std::int64_t> measure(const std::string& path) {
-  FilesystemOperations files;
-  try {
-    return files.exists(path) ? std::optional(static_cast<std::int64_t>(files.getSize(path)))
-                              : std::nullopt;
-  } catch (const std::exception&) {
-    return 0;  // It is there, and that is all that a model cache asks for.
   }
 }
 
@@ -202,29 +185,23 @@ void matchFiles(Report& report) {
       }
     }
   }
-  for (Version& version : report.versions) {
-    for (Model& model : version.models) {
-      const auto found = entries.find(model.name);
-      model.shared = found != entries.end() && found->second->versions.size() > 1;
-    }
-  }
 }
 
 template <class Cache>
 void addCapability(const char* name, Version& version, std::set<std::string_view>& known) {
-  Capability capability{name, {}};
+  std::vector<std::string> missing;
+  bool isNamed = false;
   for (const auto& row : Cache::kModels) {
-    known.insert(row.name);
-    if (std::none_of(version.models.begin(), version.models.end(),
-                     [&row](const Model& model) { return model.type == row.name && model.size; })) {
-      capability.missing.emplace_back(row.name);
+    bool isPresent = false;
+    for (const Model& model : version.models) {
+      isNamed = isNamed || model.type == row.name;
+      isPresent = isPresent || (model.type == row.name && model.size);
     }
+    known.insert(row.name);
+    missing.insert(missing.end(), isPresent ? 0 : 1, row.name);
   }
-  if (std::any_of(version.models.begin(), version.models.end(), [](const Model& model) {
-        return std::any_of(std::begin(Cache::kModels), std::end(Cache::kModels),
-                           [&model](const auto& row) { return model.type == row.name; });
-      })) {
-    version.capabilities.push_back(std::move(capability));
+  if (isNamed) {
+    version.capabilities.emplace(name, std::move(missing));
   }
 }
 
@@ -242,10 +219,10 @@ void judge(Version& version, Report& report) {
                                   nameOf(version));
     }
   }
-  for (const Capability& capability : version.capabilities) {
-    for (const std::string& missing : capability.missing) {
-      report.find({}, nameOf(version) + " of " + capability.name +
-                          " is not complete: no file for " + missing);
+  for (const auto& [capability, missing] : version.capabilities) {
+    for (const std::string& type : missing) {
+      report.find({},
+                  nameOf(version) + " of " + capability + " is not complete: no file for " + type);
     }
   }
 }
@@ -261,14 +238,12 @@ void inspectVersions(Report& report) {
   std::set<std::string> capabilities;
   for (Version& version : report.versions) {
     judge(version, report);
-    for (const Capability& capability : version.capabilities) {
-      capabilities.insert(capability.name);
+    for (const auto& [capability, missing] : version.capabilities) {
+      capabilities.insert(capability);
     }
   }
   if (capabilities.size() > 1) {
-    report.find({},
-                "face tracking and segmentation share one index, and overwrite each other's "
-                "versions");
+    report.find({}, "face tracking and segmentation overwrite each other's versions in one index");
   }
 }
 
