@@ -12,8 +12,8 @@ from_caller() { (cd -- "$called_from" && realpath -m -- "$1"); }
 usage() { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$script"; }
 misused() { usage >&2; exit 2; }
 [[ ${1-} != --help ]] || { usage; exit; }
-[[ $PWD != *[:\;,$\#\\\"]* ]] ||
-  fail "compilers and CMake take a character of the path $PWD for their own, one of : ; , \$ # \\ \""
+[[ $PWD != *[:\;\$\#\\\"[]* ]] ||
+  fail "CMake and Java take a character of the path $PWD for their own, one of : ; \$ # \\ \" ["
 
 # Whatever is temporary, of all that runs from here, goes when the script ends, however it does. What
 # is synced often is better kept in memory.
