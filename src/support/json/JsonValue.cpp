@@ -1,5 +1,6 @@
 #include "support/json/JsonValue.h"
 
+#include <algorithm>
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/kind.hpp>
 #include <boost/json/monotonic_resource.hpp>
@@ -7,6 +8,7 @@
 #include <boost/json/value_stack.hpp>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <exception>
 #include <limits>
 
@@ -77,11 +79,29 @@ class Builder {
   throw Error("conversion error: " + text + " is not a " + target);
 }
 
-template <class Number>
-std::string toDecimal(Number number) {
-  char buffer[32];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, number);
-  return {buffer, result.ptr};
+/// The shortest text that reads back as the same value, with an exponent where that is shorter.
+/// Not by std::to_chars, whose tables for doubles would be a fifth of the library that apps ship.
+std::string toDecimal(double number) {
+  const std::string text = boost::json::serialize(JsonValue(number));  // As in -1.25E-3.
+  const std::size_t mark = text.find('E');
+  const int exponent = std::stoi(text.substr(mark + 1));
+  const std::string sign(text[0] == '-' ? 1 : 0, '-');
+  std::string scientific = text.substr(sign.size(), mark - sign.size());
+  std::string fixed =
+      scientific.substr(0, 1) + scientific.substr(std::min<std::size_t>(2, scientific.size()));
+  if (exponent < 0) {
+    fixed.insert(0, "0." + std::string(static_cast<std::size_t>(-exponent - 1), '0'));
+  } else if (const auto whole = static_cast<std::size_t>(exponent) + 1; whole < fixed.size()) {
+    fixed.insert(whole, ".");
+  } else if (constexpr double limit = 18446744073709551616.0; std::fabs(number) < limit) {
+    fixed =
+        std::to_string(static_cast<std::uint64_t>(std::fabs(number)));  // 2^53 and more in full.
+  } else {
+    fixed.resize(whole, '0');
+  }
+  scientific += exponent < 0 ? "e-" : "e+";
+  scientific += (std::abs(exponent) < 10 ? "0" : "") + std::to_string(std::abs(exponent));
+  return sign + (fixed.size() <= scientific.size() ? fixed : scientific);
 }
 
 double requireInRange(double number) {
@@ -158,7 +178,7 @@ std::string toString(const JsonValue& value) {
     case boost::json::kind::string:
       return {value.get_string().data(), value.get_string().size()};
     case boost::json::kind::int64:
-      return toDecimal(value.get_int64());
+      return std::to_string(value.get_int64());
     case boost::json::kind::double_:
       return toDecimal(requireInRange(value.get_double()));
     case boost::json::kind::bool_:
@@ -187,7 +207,7 @@ std::int32_t toInt32(const JsonValue& value) {
   const std::int64_t number = toInt64(value);
   if (number < std::numeric_limits<std::int32_t>::min() ||
       number > std::numeric_limits<std::int32_t>::max()) {
-    throwConversionError(toDecimal(number), "32-bit integer");
+    throwConversionError(std::to_string(number), "32-bit integer");
   }
   return static_cast<std::int32_t>(number);
 }
