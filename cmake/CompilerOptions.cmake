@@ -9,3 +9,7 @@ endif()
 # relies on three things of it: off_t has 64 bits, as st_size of struct stat always has, and open
 # always opens large files.
 add_compile_definitions(_FILE_OFFSET_BITS=64)
+
+if(ANDROID)  # What ships is the same bytes wherever it was built.
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+endif()

@@ -1,0 +1,42 @@
+# Stands in for the NDK's own where there is no NDK: clang, lld and libc++ as there, for the ABI's
+# machine, over Debian's C library. What it builds loads on no device.
+set(ANDROID TRUE)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ANDROID_ABI)
+if(ANDROID_ABI STREQUAL "arm64-v8a")
+  set(target aarch64-linux-gnu)
+  set(machine arm64)
+elseif(ANDROID_ABI STREQUAL "armeabi-v7a")
+  set(target arm-linux-gnueabihf)
+  set(machine armhf)
+  set(options "-march=armv7-a -mfpu=neon -mthumb")
+else()
+  set(target x86_64-linux-gnu)
+  set(machine amd64)
+endif()
+
+include(${CMAKE_CURRENT_LIST_DIR}/../../../fetch.cmake)
+set(root ${DEBIAN_FOLDER}/${machine})
+if(NOT EXISTS ${root})
+  set(packages libc++-14-dev libc++abi-14-dev libunwind-14-dev android-liblog android-liblog-dev)
+  list(TRANSFORM packages APPEND :${machine})
+  debian_fetch(download ${packages})
+  file(GLOB packages ${DEBIAN_FOLDER}/apt/*_${machine}.deb)
+  foreach(package IN LISTS packages)
+    execute_process(COMMAND dpkg-deb --extract ${package} ${root} COMMAND_ERROR_IS_FATAL ANY)
+  endforeach()
+endif()
+
+set(CMAKE_CXX_COMPILER clang++)
+set(CMAKE_CXX_COMPILER_TARGET ${target})
+find_program(JAVAC javac REQUIRED)
+file(REAL_PATH ${JAVAC} jdk)
+cmake_path(GET jdk PARENT_PATH jdk)
+cmake_path(GET jdk PARENT_PATH jdk)
+string(CONCAT CMAKE_CXX_FLAGS_INIT "${options} -Qunused-arguments -nostdinc++ -isystem ${root}/usr/include/android "
+  "-isystem ${root}/usr/lib/llvm-14/include/c++/v1 "
+  "-isystem ${jdk}/include -isystem ${jdk}/include/linux")
+string(CONCAT linking "-fuse-ld=lld -nostdlib++ -static-libgcc "
+  "-L${root}/usr/lib/llvm-14/lib -L${root}/usr/lib/${target}/android")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT ${linking})
+set(CMAKE_EXE_LINKER_FLAGS_INIT ${linking})
+set(CMAKE_CXX_STANDARD_LIBRARIES "-l:libc++.a -l:libc++abi.a -l:libunwind.a")
