@@ -3,7 +3,6 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.File;
 import java.io.FileOutputStream;
 import java.io.IOException;
-import java.io.RandomAccessFile;
 
 /**
  * What the stores do to the disk, each step of which either lasts or throws. Not final: tests stand
@@ -83,18 +82,6 @@ class Disk {
             part.delete(); // It may hold the room that is missing.
             throw failure;
         }
-    }
-
-    /** The bytes of a small file, or null if there is none. */
-    static byte[] bytesOf(File file) throws IOException {
-        if (!file.isFile()) {
-            return null;
-        }
-        byte[] bytes = new byte[(int) Math.min(file.length(), 1 << 30)];
-        try (RandomAccessFile in = new RandomAccessFile(file, "r")) {
-            in.readFully(bytes);
-        }
-        return bytes;
     }
 
     /** Bytes of a file, or of all files below a folder. */

@@ -203,7 +203,7 @@ final class Entries {
 
     /** The extra bytes of an entry, or null if it has none. */
     byte[] extra(String name) throws IOException {
-        return Disk.bytesOf(new File(mExtras, name));
+        return Snapshot.bytesOf(new File(mExtras, name));
     }
 
     void replaceExtra(String name, byte[] bytes) throws IOException {

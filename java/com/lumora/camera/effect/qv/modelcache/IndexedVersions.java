@@ -22,7 +22,7 @@ final class IndexedVersions {
     /** The versions whose files are all there with the right bytes; the last one is active. */
     static VersionTable read(File root, Capability capability) throws IOException {
         VersionTable table = new VersionTable(root, capability);
-        byte[] index = Disk.bytesOf(new File(root, Entries.INDEX));
+        byte[] index = Snapshot.bytesOf(new File(root, Entries.INDEX));
         if (index == null) {
             return table;
         }

@@ -68,7 +68,8 @@ public final class ModelFile {
     private static boolean isDigest(String text) {
         for (int i = 0; i < text.length(); ++i) {
             // Not Character.digit, which knows the digits of other scripts too.
-            if ("0123456789abcdefABCDEF".indexOf(text.charAt(i)) < 0) {
+            char c = text.charAt(i);
+            if ((c < '0' || c > '9') && (c < 'a' || c > 'f') && (c < 'A' || c > 'F')) {
                 return false;
             }
         }

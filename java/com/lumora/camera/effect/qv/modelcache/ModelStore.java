@@ -24,7 +24,7 @@ public final class ModelStore implements Closeable {
     private final RootLock mRootLock;
 
     /** What is told without asking the disk; null once closed. */
-    private volatile VersionTable mTable;
+    private volatile Snapshot mSnapshot;
 
     /** All the rest. An app that only asks for its paths never needs it, nor anything native. */
     private volatile ModelStoreImpl mImpl;
@@ -63,8 +63,8 @@ public final class ModelStore implements Closeable {
         ModelStore store = new ModelStore(absolute, capability, maxSizeBytes, disk);
         boolean opened = false;
         try {
-            store.mTable = VersionTable.asLeft(absolute, capability);
-            if (store.mTable == null) {
+            store.mSnapshot = Snapshot.asLeft(absolute, capability);
+            if (store.mSnapshot == null) {
                 store.impl();
             }
             opened = true;
@@ -89,17 +89,17 @@ public final class ModelStore implements Closeable {
      * {@return the paths of the files of the active version, by their types; empty if there is none}
      */
     public Map<String, String> paths() {
-        return table().paths();
+        return snapshot().paths;
     }
 
     /** {@return the number of the active version, or null if there is none} */
     public Integer activeVersion() {
-        return table().activeNumber();
+        return snapshot().active;
     }
 
     /** {@return the numbers of the complete versions, in ascending order} */
     public List<Integer> versions() {
-        return table().numbers();
+        return snapshot().versions;
     }
 
     /**
@@ -166,22 +166,22 @@ public final class ModelStore implements Closeable {
                 }
             } finally {
                 mRootLock.close();
-                mTable = null; // last, since what ran until now has set it
+                mSnapshot = null; // last, since what ran until now has set it
             }
         }
     }
 
     /** From now on, this is what is told. */
-    void publish(VersionTable table) {
-        mTable = table;
+    void publish(Snapshot snapshot) {
+        mSnapshot = snapshot;
     }
 
-    private VersionTable table() {
-        VersionTable table = mTable;
-        if (table == null) {
+    private Snapshot snapshot() {
+        Snapshot snapshot = mSnapshot;
+        if (snapshot == null) {
             throw new IllegalStateException("the store is closed: " + mRoot);
         }
-        return table;
+        return snapshot;
     }
 
     private ModelStoreImpl impl() throws IOException {

@@ -233,7 +233,7 @@ final class ModelStoreImpl {
     }
 
     private void publish() {
-        mStore.publish(mVersions.table());
+        mStore.publish(mVersions.table().snapshot());
     }
 
     /** A file of no version may have been left by an update that was killed, or by anybody. */

@@ -2,7 +2,6 @@ package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.File;
 import java.util.ArrayList;
-import java.util.Collections;
 import java.util.List;
 import java.util.Map;
 
@@ -13,7 +12,7 @@ final class Version {
 
     Version(int number, Map<ModelFile, String> names) {
         mNumber = number;
-        mNames = Collections.unmodifiableMap(names);
+        mNames = names;
     }
 
     int number() {

@@ -2,7 +2,6 @@ package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.File;
 import java.io.IOException;
-import java.nio.charset.Charset;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.Collection;
@@ -12,7 +11,6 @@ import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 import java.util.Set;
-import java.util.zip.CRC32;
 
 /**
  * The complete versions of a root and which of them is active. Immutable.
@@ -22,11 +20,6 @@ import java.util.zip.CRC32;
  * was written.
  */
 final class VersionTable {
-    static final String NAME = ".versions";
-    private static final String COPY = "extra/" + NAME;
-    private static final Charset UTF_8 = Charset.forName("UTF-8");
-    private static final String CHECK = "check ";
-
     private final File mRoot;
     private final Capability mCapability;
     private final long mSequence;
@@ -34,7 +27,6 @@ final class VersionTable {
     private final List<Version> mVersions;
     private final Set<String> mDamaged;
     private final String mRecords;
-    private final Map<String, String> mPaths;
 
     /** Without any version. */
     VersionTable(File root, Capability capability) {
@@ -51,61 +43,44 @@ final class VersionTable {
         mDamaged = damaged;
         mRecords = records;
         mActive = active == null ? null : find(active);
-        Map<String, String> paths = new LinkedHashMap<>();
-        if (mActive != null) {
-            for (Map.Entry<ModelFile, String> file : mActive.names().entrySet()) {
-                paths.put(file.getKey().type(), new File(root, file.getValue()).getPath());
-            }
-        }
-        mPaths = Collections.unmodifiableMap(paths);
-    }
-
-    /** The table of a root in which everything is as it was left; null of any other. */
-    static VersionTable asLeft(File root, Capability capability) throws IOException {
-        byte[] bytes = Disk.bytesOf(new File(root, NAME));
-        VersionTable table = parse(root, capability, bytes);
-        if (table == null || !Arrays.equals(bytes, Disk.bytesOf(new File(root, COPY)))
-                || !table.mRecords.equals(recordsOf(root))) {
-            return null;
-        }
-        for (Version version : table.mVersions) {
-            if (!version.isWhole(root, capability)) {
-                return null;
-            }
-        }
-        return table;
     }
 
     /** The newest table that a root has, whatever else is to be said of it; null if it has none. */
     static VersionTable newest(File root, Capability capability) throws IOException {
-        VersionTable first = parse(root, capability, Disk.bytesOf(new File(root, NAME)));
-        VersionTable second = parse(root, capability, Disk.bytesOf(new File(root, COPY)));
+        VersionTable first = read(root, capability, Snapshot.NAME);
+        VersionTable second = read(root, capability, Snapshot.COPY);
         boolean isFirst = second == null || first != null && first.mSequence >= second.mSequence;
         return isFirst ? first : second;
     }
 
     /** Whether a root has two different tables, or one. */
     static boolean haveCopiesParted(File root) throws IOException {
-        return !Arrays.equals(Disk.bytesOf(new File(root, NAME)), Disk.bytesOf(new File(root, COPY)));
-    }
-
-    /** What the records of the native caches look like: a text that changes with them. */
-    static String recordsOf(File root) {
-        return sumOf(new File(root, "metadata.json")) + " " + indexOf(root);
+        return !Arrays.equals(Snapshot.bytesOf(new File(root, Snapshot.NAME)),
+                Snapshot.bytesOf(new File(root, Snapshot.COPY)));
     }
 
     /** Whether the index looked like that when the table was written. */
     boolean isIndexAsLeft() {
-        return mRecords.endsWith(" " + indexOf(mRoot));
+        return mRecords.endsWith(" " + Snapshot.indexOf(mRoot));
     }
 
     boolean areRecordsAsLeft() {
-        return mRecords.equals(recordsOf(mRoot));
+        return mRecords.equals(Snapshot.recordsOf(mRoot));
     }
 
-    /** From each type to the path of its file in the active version. */
-    Map<String, String> paths() {
-        return mPaths;
+    /** What the store tells without asking the disk. */
+    Snapshot snapshot() {
+        Map<String, String> paths = new LinkedHashMap<>();
+        if (mActive != null) {
+            for (Map.Entry<ModelFile, String> file : mActive.names().entrySet()) {
+                paths.put(file.getKey().type(), new File(mRoot, file.getValue()).getPath());
+            }
+        }
+        List<Integer> numbers = new ArrayList<>();
+        for (Version version : mVersions) {
+            numbers.add(version.number());
+        }
+        return new Snapshot(paths, activeNumber(), numbers);
     }
 
     /** The active version, or null. */
@@ -113,8 +88,7 @@ final class VersionTable {
         return mActive;
     }
 
-    /** The number of the active version, or null. */
-    Integer activeNumber() {
+    private Integer activeNumber() {
         return mActive == null ? null : mActive.number();
     }
 
@@ -126,16 +100,6 @@ final class VersionTable {
     /** The last one of them, or null. */
     Version last() {
         return mVersions.isEmpty() ? null : mVersions.get(mVersions.size() - 1);
-    }
-
-    /** In ascending order. */
-    List<Integer> numbers() {
-        List<Integer> numbers = new ArrayList<>();
-        for (Version version : mVersions) {
-            numbers.add(version.number());
-        }
-        Collections.sort(numbers);
-        return Collections.unmodifiableList(numbers);
     }
 
     /** The version of that number, or null. */
@@ -202,7 +166,6 @@ final class VersionTable {
 
     byte[] toBytes() {
         StringBuilder text = new StringBuilder();
-        text.append("capability ").append(mCapability).append('\n');
         text.append("sequence ").append(mSequence).append('\n');
         for (Version version : mVersions) {
             text.append("version ").append(version.number()).append('\n');
@@ -220,28 +183,16 @@ final class VersionTable {
             text.append("active ").append(mActive.number()).append('\n');
         }
         text.append("records ").append(mRecords).append('\n');
-        return (text + CHECK + sumOf(text.toString().getBytes(UTF_8)) + '\n').getBytes(UTF_8);
+        return Snapshot.bytesOf(mCapability, text.toString());
     }
 
-    /** Null if the text is damaged, or not there. */
-    private static VersionTable parse(File root, Capability capability, byte[] bytes) {
-        if (bytes == null) {
-            return null;
-        }
-        String text = new String(bytes, UTF_8);
-        int check = Math.max(0, text.lastIndexOf(CHECK));
-        String checked = text.substring(0, check);
-        if (!text.equals(checked + CHECK + sumOf(checked.getBytes(UTF_8)) + '\n')) {
-            return null;
-        }
-        String[] lines = checked.split("\n");
-        String owner = "capability " + capability;
-        if (lines[0].startsWith("capability ") && !lines[0].equals(owner)) {
-            throw new IllegalArgumentException(root + " has the models of "
-                    + lines[0].substring("capability ".length()) + ", not of " + capability);
-        }
+    /** Null if it is damaged, or not there. */
+    private static VersionTable read(File root, Capability capability, String name)
+            throws IOException {
+        byte[] bytes = Snapshot.bytesOf(new File(root, name));
+        String[] lines = Snapshot.linesOf(root, capability, bytes);
         try {
-            return new VersionTable(root, capability).withLines(lines);
+            return lines == null ? null : new VersionTable(root, capability).withLines(lines);
         } catch (RuntimeException malformed) { // although the check is right
             return null;
         }
@@ -266,7 +217,7 @@ final class VersionTable {
                     break;
                 case "file":
                     names.put(new ModelFile(words[1], Long.parseLong(words[2]), words[3]),
-                            requireName(words[4]));
+                            Snapshot.requireName(words[4]));
                     break;
                 case "damaged":
                     damaged.add(words[1]);
@@ -281,35 +232,5 @@ final class VersionTable {
             }
         }
         return new VersionTable(mRoot, mCapability, sequence, active, versions, damaged, records);
-    }
-
-    /** Whoever can write to a root can make up a table, but not lead the store out of the root. */
-    private static String requireName(String name) {
-        if (name.charAt(0) == '.' || name.indexOf('/') >= 0) {
-            throw new IllegalArgumentException(name);
-        }
-        return name;
-    }
-
-    private static String indexOf(File root) {
-        return sumOf(new File(root, "versioned_index"));
-    }
-
-    private static String sumOf(File file) {
-        if (!file.exists()) {
-            return "none";
-        }
-        try {
-            byte[] bytes = Disk.bytesOf(file);
-            return bytes == null ? "unreadable" : sumOf(bytes);
-        } catch (IOException failure) {
-            return "unreadable";
-        }
-    }
-
-    private static String sumOf(byte[] bytes) {
-        CRC32 sum = new CRC32();
-        sum.update(bytes, 0, bytes.length);
-        return Long.toHexString(sum.getValue());
     }
 }

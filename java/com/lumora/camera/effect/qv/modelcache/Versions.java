@@ -167,13 +167,13 @@ final class Versions {
             throw new IOException("not locked for writing: " + mFiles.root());
         }
         VersionTable next = table.next(
-                mFiles.areRecordsCurrent() ? VersionTable.recordsOf(mFiles.root()) : "outdated -");
+                mFiles.areRecordsCurrent() ? Snapshot.recordsOf(mFiles.root()) : "outdated -");
         byte[] bytes = next.toBytes();
         boolean written = false;
         try {
-            mEntries.prepareOwn(VersionTable.NAME, bytes);
+            mEntries.prepareOwn(Snapshot.NAME, bytes);
             mUncertain = true;
-            mEntries.replaceOwn(VersionTable.NAME);
+            mEntries.replaceOwn(Snapshot.NAME);
             mUncertain = false;
             written = true;
         } finally {
@@ -183,7 +183,7 @@ final class Versions {
         }
         mTable = next;
         try {
-            mEntries.replaceExtra(VersionTable.NAME, bytes);
+            mEntries.replaceExtra(Snapshot.NAME, bytes);
         } catch (IOException failure) {
             report(failure.toString());
         }
