@@ -2,6 +2,7 @@ import com.lumora.camera.effect.qv.modelcache.FileCacheBasicImpl;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileCacheEntry;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileResourceMeta;
 import java.io.File;
+import java.io.FileOutputStream;
 import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
@@ -46,8 +47,14 @@ final class FileCacheTour {
             throws IOException, InterruptedException {
         ARDFileCacheEntry entry = cache.insertAndLock(key);
         Show.call("insertAndLock(\"" + key + "\")", entry);
-        Files.copy(file.toPath(), new File(entry.getPath()).toPath(),
-                StandardCopyOption.REPLACE_EXISTING);
+        // Whatever lies at the entry's path is the entry: only what is complete may get there.
+        File written = new File(entry.getPath());
+        File part = new File(written.getParent(), ".part-" + written.getName());
+        try (FileOutputStream out = new FileOutputStream(part)) {
+            Files.copy(file.toPath(), out);
+            out.getFD().sync();
+        }
+        Files.move(part.toPath(), written.toPath(), StandardCopyOption.ATOMIC_MOVE);
         Show.note("wrote " + file.length() + " bytes there");
         // A new file ranks as the oldest until it is looked up: do so before commit evicts.
         cache.getCacheEntry(key);

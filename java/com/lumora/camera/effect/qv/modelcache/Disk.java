@@ -80,8 +80,13 @@ class Disk {
             sync(out);
         } catch (IOException failure) {
             part.delete(); // It may hold the room that is missing.
-            throw failure;
+            throw named(part, failure);
         }
+    }
+
+    /** A failure that says of which file it is, as the system's do not. */
+    static IOException named(File file, IOException failure) {
+        return new IOException(file + ": " + failure.getMessage(), failure);
     }
 
     /** Bytes of a file, or of all files below a folder. */

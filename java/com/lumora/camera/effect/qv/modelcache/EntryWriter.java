@@ -105,6 +105,8 @@ public class EntryWriter extends OutputStream {
         try {
             mOut.write(bytes, offset, length);
             written = true;
+        } catch (IOException failure) {
+            throw Disk.named(mPart, failure);
         } finally {
             if (!written) {
                 close();
@@ -143,6 +145,8 @@ public class EntryWriter extends OutputStream {
         try {
             mStore.disk().sync(mOut);
             synced = true;
+        } catch (IOException failure) {
+            throw Disk.named(mPart, failure);
         } finally {
             if (!synced) {
                 mPart.delete();

@@ -9,7 +9,7 @@ public interface Fetcher {
      * Writes all of the entry, or throws.
      *
      * @param key the key of the entry
-     * @param out takes its bytes
+     * @param out takes its bytes; closing it does nothing
      * @throws IOException if they cannot be got
      */
     void fetch(String key, OutputStream out) throws IOException;

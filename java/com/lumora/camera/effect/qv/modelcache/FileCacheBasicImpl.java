@@ -7,6 +7,7 @@ import com.zentrel.vistabase.assets.tesselcache.ARDFileCacheEntry;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileResourceMeta;
 import java.io.File;
 import java.io.IOException;
+import java.util.Arrays;
 import java.util.Map;
 
 /** The file cache on disk. */
@@ -41,21 +42,25 @@ public class FileCacheBasicImpl extends ARDFileCache {
      * @throws NullPointerException if the cache is closed
      */
     public boolean recoverMetadata() {
-        SoftErrors.Capture capture = SoftErrors.capture();
-        String failure;
-        try {
-            getSize();
-        } finally {
-            failure = capture.end();
-        }
         File metadata = new File(mRoot, "metadata.json");
         File aside = new File(mRoot, ".metadata.json.damaged");
-        boolean damaged = metadata.isFile()
-                ? failure != null && failure.startsWith("Error for getSize: Deserializing failed: '")
-                : metadata.exists();
         try {
+            byte[] read = Snapshot.bytesOf(metadata);
+            SoftErrors.Capture capture = SoftErrors.capture();
+            String failure;
+            try {
+                getSize();
+            } finally {
+                failure = capture.end();
+            }
+            boolean damaged = read == null ? metadata.exists()
+                    : failure != null && failure.startsWith("Error for getSize: Deserializing failed: '");
             if (damaged) {
                 new Disk().rename(metadata, aside);
+                if (read != null && !Arrays.equals(read, Snapshot.bytesOf(aside))) {
+                    new Disk().rename(aside, metadata); // Somebody mended it in the meantime.
+                    return false;
+                }
                 SoftErrors.report("recoverMetadata", "set " + metadata + " aside as " + aside);
             }
             return damaged;

@@ -32,13 +32,14 @@ public final class FileStore implements Closeable {
     private NativeCache mNatives; // made when it is first needed
 
     /**
-     * Opens the store of a directory, which is created if it is missing. It is to be one of its
-     * own: the files of a {@link ModelStore} would be entries like others.
+     * Opens the store of a directory, which is created if it is missing.
      *
      * @param root the directory
      * @param maxSizeBytes the budget of all entries together
      * @return the store, to be closed
      * @throws IOException if another store has the root; the message says which
+     * @throws IllegalArgumentException if the budget is negative, or if the root has the versions of a
+     *     {@link ModelStore}, whose files would be entries like others
      */
     public static FileStore open(File root, long maxSizeBytes) throws IOException {
         if (maxSizeBytes < 0) {
@@ -50,6 +51,9 @@ public final class FileStore implements Closeable {
         FileStore store = new FileStore(absolute, maxSizeBytes, disk, new RootLock(absolute));
         boolean opened = false;
         try {
+            if (new File(absolute, Snapshot.NAME).exists()) {
+                throw new IllegalArgumentException(root + " has the versions of a model store");
+            }
             store.mEntries.dropUnfinished(Collections.<String>emptySet());
             store.natives().reload();
             opened = true;
@@ -73,7 +77,8 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * Finds the file of an entry, which thereby counts as used.
+     * Finds the file of an entry, which thereby counts as used. It stays until the entry is replaced,
+     * removed, or evicted by a later commit.
      *
      * @param key the key of the entry
      * @return null if there is none, and only then
@@ -114,12 +119,15 @@ public final class FileStore implements Closeable {
 
     /**
      * The file of an entry, which {@code fetcher} gets if there is none. Of several threads that
-     * ask for one key, one fetches, and the others wait for what becomes of it.
+     * ask for one key, one fetches, and the others wait for what becomes of it. What the fetcher
+     * throws, the thread that fetches gets as it is.
      *
      * @param key the key of the entry
      * @param fetcher gets its bytes
      * @return its file
      * @throws IOException if the fetcher or the disk fails
+     * @throws IllegalStateException if the entry is being written, if fetchers wait for each other or,
+     *     on a thread that waited, if the fetcher threw anything but an IOException
      */
     public File getOrFetch(String key, Fetcher fetcher) throws IOException {
         File file = get(key);

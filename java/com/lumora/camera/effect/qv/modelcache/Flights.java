@@ -1,6 +1,7 @@
 package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.File;
+import java.io.FilterOutputStream;
 import java.io.IOException;
 import java.io.InterruptedIOException;
 import java.util.HashMap;
@@ -36,10 +37,22 @@ final class Flights {
         }
         try {
             flight.run();
+            return flight.result();
+        } catch (IllegalStateException failure) {
+            throwAsItIs(failure.getCause());
+            throw failure;
         } finally {
             mFlights.remove(key);
         }
-        return flight.result();
+    }
+
+    private static void throwAsItIs(Throwable failure) {
+        if (failure instanceof Error) {
+            throw (Error) failure;
+        }
+        if (failure instanceof RuntimeException && !(failure instanceof CancellationException)) {
+            throw (RuntimeException) failure;
+        }
     }
 
     /** Ends the waiting; what is being fetched can no longer be written. */
@@ -74,8 +87,16 @@ final class Flights {
         if (landed != null) {
             return landed;
         }
-        try (EntryWriter out = mStore.write(key)) {
-            fetcher.fetch(key, out);
+        try (final EntryWriter out = mStore.write(key)) {
+            fetcher.fetch(key, new FilterOutputStream(out) {
+                @Override
+                public void write(byte[] bytes, int offset, int length) throws IOException {
+                    out.write(bytes, offset, length);
+                }
+
+                @Override
+                public void close() {} // That it is complete is said by the fetcher's return.
+            });
             out.commit();
         }
         return mStore.entries().file(Entries.nameOf(key));

@@ -39,7 +39,7 @@ final class FolderSync {
     /** Some file systems have no such call; they are as safe as they can be. */
     private static void requireSyncing(File folder, Throwable failure) throws IOException {
         String message = String.valueOf(failure.getMessage());
-        if (!message.contains("Invalid argument") && !message.contains("EINVAL")) {
+        if (!message.matches("(?s).*(Invalid argument|not supported|EINVAL|ENOTSUP|EOPNOTSUPP).*")) {
             throw new IOException("cannot sync the folder " + folder, failure);
         }
     }

@@ -42,7 +42,8 @@ public final class ModelStore implements Closeable {
      * @param maxSizeBytes the budget of all model files together
      * @return the store, to be closed
      * @throws IOException if another store has the root; the message says which
-     * @throws IllegalArgumentException if the root has the models of another capability
+     * @throws IllegalArgumentException if the root has the models of another capability, or if the
+     *     budget is negative
      */
     public static ModelStore open(File root, Capability capability, long maxSizeBytes)
             throws IOException {
@@ -110,7 +111,9 @@ public final class ModelStore implements Closeable {
      * @param version the number of the version
      * @param files one for each of the capability's types
      * @return the update, to be closed
-     * @throws IOException if the active version and this one do not fit the budget together
+     * @throws IOException if the active version and this one do not fit the budget together, or if the
+     *     disk fails
+     * @throws IllegalArgumentException if a type is missing, repeated or unknown
      * @throws IllegalStateException if another update is running
      */
     public Update begin(int version, List<ModelFile> files) throws IOException {
@@ -122,7 +125,7 @@ public final class ModelStore implements Closeable {
      *
      * @param version the number of the version
      * @throws IllegalArgumentException if there is no such version
-     * @throws IOException if the disk fails
+     * @throws IOException if it has lost or damaged files, or if the disk fails
      */
     public void activate(int version) throws IOException {
         impl().activate(version);

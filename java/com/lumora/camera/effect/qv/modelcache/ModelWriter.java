@@ -5,9 +5,9 @@ import java.io.IOException;
 import java.security.MessageDigest;
 
 /**
- * Writes a model file. Bytes that an earlier attempt wrote are there: begin at {@link #offset}, or
- * {@link #restart}. What is written is kept when the writer is closed, until another version is
- * updated to.
+ * Writes a model file; only {@link #commit} makes it one, so do not close the writer before. Bytes
+ * that an earlier attempt wrote are there: begin at {@link #offset}, or {@link #restart}. What is
+ * written is kept when the writer is closed, until another version is updated to.
  */
 public final class ModelWriter extends EntryWriter {
     private final Update mUpdate;

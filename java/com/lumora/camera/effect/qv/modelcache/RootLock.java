@@ -5,6 +5,8 @@ import java.io.File;
 import java.io.IOException;
 import java.io.RandomAccessFile;
 import java.nio.channels.FileLock;
+import java.util.ArrayList;
+import java.util.List;
 import java.util.Properties;
 
 /**
@@ -19,12 +21,13 @@ final class RootLock implements Closeable {
      */
     private static final Properties OPEN = System.getProperties();
 
-    private static final IOException NOT_YET = new IOException("not locked yet");
+    /** Files of locks that others of this process have; never closed. */
+    private static final List<RandomAccessFile> NOT_OURS = new ArrayList<>();
 
     private final File mRoot;
     private final String mClaim;
     private RandomAccessFile mFile;
-    private IOException mWhyNotForWriting = NOT_YET;
+    private IOException mWhyNotForWriting;
     private boolean mClosed;
 
     /** @throws IOException that says who else has the root */
@@ -98,7 +101,9 @@ final class RootLock implements Closeable {
         try {
             FileLock lock = mFile.getChannel().tryLock(0, Long.MAX_VALUE, shared);
             return lock != null;
-        } catch (RuntimeException overlapping) {
+        } catch (RuntimeException overlapping) { // by another path to the root: a mount, say
+            NOT_OURS.add(mFile);
+            mFile = null;
             throw new IOException(mRoot + " has a store in this process already", overlapping);
         }
     }
@@ -118,7 +123,9 @@ final class RootLock implements Closeable {
         try {
             String process = mFile.readLine();
             try (RandomAccessFile command = new RandomAccessFile("/proc/" + process + "/cmdline", "r")) {
-                return "the process " + process + " (" + command.readLine().split("\0")[0] + ")";
+                String line = command.readLine(); // null of a process that is ending
+                return "the process " + process
+                        + (line == null ? "" : " (" + line.split("\0")[0] + ")");
             }
         } catch (IOException unknown) {
             return "another process";

@@ -10,11 +10,12 @@ public final class SoftErrors {
     public interface Listener {
         /**
          * One soft error. What this throws is dropped; soft errors that it causes itself reach the
-         * platform's log alone.
+         * platform's log alone. May run in the middle of a store's call, under its lock: be quick, and
+         * wait for no thread that uses the store.
          *
          * @param file where the code is that reports
          * @param function which function reports
-         * @param line the line in the file
+         * @param line the line in the file; 0 for managed code
          * @param severity 1: an operation failed and gave a neutral result, or something was
          *     mended; 2: a promise of the code itself was broken
          * @param category the part of the library: a tag for a log
@@ -89,8 +90,14 @@ public final class SoftErrors {
         }
     }
 
-    /** Something that managed code has survived. */
+    /** Something that managed code has survived; goes to the log, too. */
     static void report(String function, String message) {
+        try {
+            Class.forName("android.util.Log").getMethod("w", String.class, String.class)
+                    .invoke(null, "modelcache", message);
+        } catch (ReflectiveOperationException desktop) {
+            System.err.println("modelcache: " + message);
+        }
         dispatch("com/lumora/camera/effect/qv/modelcache", function, 0, RECOVERABLE, "modelcache",
                 message);
     }

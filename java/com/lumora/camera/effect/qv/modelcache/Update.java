@@ -74,10 +74,11 @@ public final class Update implements Closeable {
     }
 
     /**
-     * Makes the version the active one.
+     * Makes the version the active one, and ends the update.
      *
      * @throws IllegalStateException if files are missing
-     * @throws IOException if the disk fails: the version that was active still is
+     * @throws IOException if the disk fails, or if a file was lost in the meantime: the version that
+     *     was active still is, and the update goes on
      */
     public void activate() throws IOException {
         mStore.enter();

@@ -53,7 +53,8 @@ final class Versions {
         boolean dropped = false;
         for (Version version : mTable.versions()) {
             if (!version.isWhole(mFiles.root(), mCapability)) {
-                report("files of version " + version.number() + " were lost or damaged");
+                report("version " + version.number()
+                        + " has lost files, or types that this release does not know");
                 mTable = mTable.without(Collections.singleton(version));
                 dropped = true;
             }

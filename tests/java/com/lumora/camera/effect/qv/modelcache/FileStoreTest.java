@@ -6,7 +6,7 @@ import java.io.*;
 import java.nio.file.*;
 import java.util.*;
 import java.util.concurrent.*;
-import java.util.concurrent.atomic.AtomicInteger;
+import java.util.concurrent.atomic.*;
 import org.junit.jupiter.api.*;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -139,6 +139,10 @@ class FileStoreTest {
         assertNull(mStore.get("other"));
         assertThrows(IllegalStateException.class, () -> mStore.getOrFetch("other",
                 (key, out) -> mStore.getOrFetch(key, (again, ignored) -> { })));
+        assertThrows(ArithmeticException.class, () -> mStore.getOrFetch("other", (key, out) -> {
+            out.close();
+            throw new ArithmeticException("as it is");
+        }));
         CyclicBarrier bothFetch = new CyclicBarrier(2);
         ExecutorService two = Executors.newFixedThreadPool(2);
         List<Future<File>> crossed = new ArrayList<>();
@@ -155,15 +159,25 @@ class FileStoreTest {
         for (Future<File> each : crossed) {
             assertThrows(ExecutionException.class, () -> each.get(10, TimeUnit.SECONDS));
         }
-        assertEquals(0, mStore.getOrFetch("other", (key, out) -> { }).length());
-        CountDownLatch closed = new CountDownLatch(1);
-        Future<File> waiting = two.submit(() -> mStore.getOrFetch("late", (key, out) -> {
-            mStore.close();
-            closed.countDown();
+        assertEquals(0, mStore.getOrFetch("other", (key, out) -> out.close()).length());
+        CountDownLatch done = new CountDownLatch(1);
+        CountDownLatch begun = new CountDownLatch(1);
+        two.submit(() -> mStore.getOrFetch("late", (key, out) -> {
+            begun.countDown();
+            assertDoesNotThrow(() -> done.await());
         }));
-        assertTrue(closed.await(10, TimeUnit.SECONDS));
-        assertThrows(ExecutionException.class, waiting::get);
-        assertThrows(IllegalStateException.class, () -> mStore.getOrFetch("late", null));
+        begun.await();
+        AtomicReference<Thread> waiter = new AtomicReference<>();
+        Future<File> waiting = two.submit(() -> {
+            waiter.set(Thread.currentThread());
+            return mStore.getOrFetch("late", null);
+        });
+        while (waiter.get() == null || waiter.get().getState() != Thread.State.WAITING) {
+            Thread.yield();
+        }
+        mStore.close();
+        assertThrows(ExecutionException.class, () -> waiting.get(10, TimeUnit.SECONDS));
+        done.countDown();
         two.shutdown();
     }
 

@@ -2,7 +2,7 @@ package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.*;
 
-/** A disk that asks a hook before each of its steps, and after each write. */
+/** A disk that asks a hook before each of its steps, but after opening a file. */
 final class HookedDisk extends Disk {
     interface Hook {
         /** @param step the name of the method, or "write" or "close" of an opened file */
@@ -13,8 +13,7 @@ final class HookedDisk extends Disk {
 
     @Override
     FileOutputStream open(File file, boolean append) throws IOException {
-        hook.at("open", file);
-        return new FileOutputStream(file, append) {
+        FileOutputStream opened = new FileOutputStream(file, append) {
             @Override
             public void write(byte[] bytes, int offset, int length) throws IOException {
                 super.write(bytes, offset, length / 2);
@@ -28,6 +27,8 @@ final class HookedDisk extends Disk {
                 super.close();
             }
         };
+        hook.at("opened", file);
+        return opened;
     }
 
     @Override

@@ -101,7 +101,7 @@ class StoreDamageTest {
     }
 
     @Test
-    void versionsOfOtherTypesAreLeftToThoseThatKnowThem() throws IOException {
+    void versionsOfTypesOfOtherReleasesAreGotAgain() throws IOException {
         replaceInTables("file pdm_multires.bin", "file pdm_other.bin");
         try (Told told = new Told(); ModelStore store = Samples.open(mRoot.toFile())) {
             assertActive(null, store);

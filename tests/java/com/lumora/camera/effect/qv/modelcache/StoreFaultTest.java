@@ -185,16 +185,24 @@ class StoreFaultTest {
     void aWriterThatFailedWritesNoMore() throws Exception {
         ModelFile file = files(1).get(0);
         byte[] bytes = bytes(file.type(), 1);
+        String part = ".part-" + file.sha256() + "-" + file.type();
         try (ModelStore store = ModelStore.open(mFolder.toFile(), CAPABILITY, VERSION_SIZE, mDisk);
                 Update update = store.begin(1, files(1))) {
             ModelWriter failed = update.write(file);
             assertThrows(IndexOutOfBoundsException.class, () -> failed.write(bytes, 0, SIZE + 1));
-            failAt("write", ".part-" + file.sha256() + "-" + file.type());
+            failAt("write", part);
             assertThrows(IOException.class, () -> failed.write(bytes));
             assertThrows(IOException.class, () -> failed.write(bytes));
             assertThrows(IOException.class, failed::commit);
-            ModelWriter unsynced = update.write(file);
+            mDisk.hook = (step, at) -> assertTrue(!step.equals("opened") || at.delete());
+            assertThrows(IOException.class, () -> update.write(file), "it cannot be read");
             mDisk.hook = (any, more) -> { };
+            ModelWriter shortened = update.write(file);
+            shortened.write(bytes);
+            Files.write(mFolder.resolve(part), new byte[SIZE - 1]);
+            assertThrows(IOException.class, shortened::commit);
+            ModelWriter unsynced = update.write(file);
+            unsynced.restart();
             unsynced.write(bytes);
             failAt("sync", null);
             assertThrows(IOException.class, unsynced::commit);
@@ -212,7 +220,7 @@ class StoreFaultTest {
             mDisk.hook = (step, part) -> {
                 mDisk.hook = (any, more) -> { };
                 assertThrows(ExecutionException.class,
-                        () -> other.submit(() -> store.begin(1, files(1))).get());
+                        () -> other.submit(() -> store.begin(2, files(2))).get());
             };
             update.close();
             try (Update next = store.begin(1, files(1))) {

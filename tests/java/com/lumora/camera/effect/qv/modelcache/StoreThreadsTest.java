@@ -119,6 +119,7 @@ class StoreThreadsTest {
                 },
                 (store, random) -> store.setExtra("key1", new byte[1]),
                 (store, random) -> store.extra("key1"),
+                (store, random) -> store.remove("own"),
                 (store, random) -> assertTrue(store.size() <= 1000)));
     }
 
