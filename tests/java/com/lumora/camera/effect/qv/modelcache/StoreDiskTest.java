@@ -59,6 +59,8 @@ class StoreDiskTest {
             }
         }
         try (ModelStore store = Samples.open(mRoot)) {
+            store.trimExcept(1); // parts
+            fillDisk();
             assertThrows(IOException.class, () -> store.activate(1));
             store.trimExcept();
             assertActive(2, store);
