@@ -1,5 +1,7 @@
 // Every operation, with a fault in its first call of the storage, then in its second, and so on.
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
 
 #include "delivery/FileCache/FileCacheWithErrorLogging/FileCacheWithErrorLogging.h"
 #include "delivery/FileCache/createFileCache.h"
@@ -12,6 +14,10 @@
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
+
+using Reports = std::vector<SoftErrorRecorder::Record>;
+
+enum class Faults { One, OneUnknown, FromThereOn };
 
 std::ptrdiff_t openDescriptors() {
   const std::filesystem::directory_iterator all("/proc/self/fd");
@@ -55,85 +61,112 @@ struct FailingCache {
       std::make_shared<FileCacheWithErrorLogging>(observedCache(root.path(), 200, observer));
 };
 
-/// Runs `operation` with one fault, and with faults from one call on, until it passes without any.
-/// `check` is told how many there were.
-template <class Operation, class Check>
-void failEachCall(const Operation& operation, const Check& check) {
-  for (const bool fromThereOn : {false, true}) {
-    int fired = 1;
-    for (int failing = 1; fired > 0; ++failing) {
-      SCOPED_TRACE(failing);
-      FailingCache faulty;
-      fired = 0;
-      faulty.observer.hook = [&, call = 0](auto&) mutable {
-        if (++call == failing || (fromThereOn && call > failing)) {
-          ++fired;
-          throw std::runtime_error("injected");
-        }
-      };
-      const SoftErrorRecorder recorder;
-      const std::ptrdiff_t descriptors = openDescriptors();
-      const bool failed = operation(faulty);
-      EXPECT_EQ(descriptors, openDescriptors());
-      EXPECT_TRUE(fired > 0 || failing > 1) << "no fault was injected at all";
-      if (fired > 0) {
-        check(faulty, failed, fired, static_cast<int>(recorder.records().size()));
-        faulty.expectNothingLost();
+/// Calls `run` for each fault until it passes without any; its result goes to `check`.
+template <class Run, class Check>
+void failEachCall(Faults faults, const Run& run, const Check& check) {
+  int fired = 1;
+  for (int failing = 1; fired > 0; ++failing) {
+    SCOPED_TRACE(failing);
+    FailingCache failingCache;
+    fired = 0;
+    failingCache.observer.hook = [&, call = 0](auto&) mutable {
+      if (++call == failing || (faults == Faults::FromThereOn && call > failing)) {
+        ++fired;
+        faults == Faults::OneUnknown ? throw 1 : throw std::runtime_error("100%s");
+      }
+    };
+    const SoftErrorRecorder recorder;
+    const std::ptrdiff_t descriptors = openDescriptors();
+    const auto result = run(failingCache);
+    EXPECT_EQ(descriptors, openDescriptors());
+    EXPECT_TRUE(fired > 0 || failing > 1) << "no fault was injected at all";
+    if (fired > 0) {
+      check(failingCache, result, recorder.records());
+      failingCache.expectNothingLost();
+    }
+  }
+}
+
+void expectReport(const FileCacheCall& operation, bool isUnknown, const Reports& reports) {
+  const std::string scope = " zentrel::vistabase::ardelivery::FileCacheWithErrorLogging::";
+  const std::string beginning = "Error for " + operation.label + ": ";
+  ASSERT_EQ(1u, reports.size());
+  EXPECT_EQ("virtual " + operation.result + scope + operation.signature, reports[0].function);
+  EXPECT_EQ("delivery/FileCache/FileCacheWithErrorLogging/FileCacheWithErrorLogging",
+            reports[0].file);
+  EXPECT_EQ("1 tessel", std::to_string(reports[0].severity) + " " + reports[0].category);
+  EXPECT_EQ(beginning + (isUnknown ? "unknown error" : "%s"), reports[0].format);
+  EXPECT_EQ(beginning + (isUnknown ? "unknown error" : "100%s"), reports[0].message);
+}
+
+TEST(FailingStorage, leavesTheFileCacheWithOneReportANeutralResultAndEveryOtherEntry) {
+  for (const FileCacheCall& operation : kFileCacheCalls) {
+    SCOPED_TRACE(operation.signature);
+    for (const Faults faults : {Faults::One, Faults::OneUnknown, Faults::FromThereOn}) {
+      if (operation.label != "flush") {  // Which calls nothing.
+        failEachCall(
+            faults, [&](FailingCache& it) { return operation.call(*it.cache, "k"); },
+            [&](FailingCache&, bool isNeutral, const Reports& reports) {
+              EXPECT_TRUE(isNeutral);
+              expectReport(operation, faults == Faults::OneUnknown, reports);
+            });
       }
     }
   }
 }
 
-TEST(FailingStorage, leavesTheFileCacheWithOneReportANeutralResultAndEveryOtherEntry) {
-  for (const FileCacheCall& operation : kFileCacheCalls) {
-    if (operation.label == "flush") {
-      continue;  // Calls nothing.
-    }
-    SCOPED_TRACE(operation.signature);
-    failEachCall([&operation](FailingCache& faulty) { return operation.call(*faulty.cache, "k"); },
-                 [](FailingCache&, bool neutral, int fired, int reports) {
-                   EXPECT_TRUE(neutral);
-                   EXPECT_EQ(1, fired);
-                   EXPECT_EQ(1, reports);
-                 });
-  }
-}
+struct VersionedCall {
+  std::function<void(VersionedModelCacheImpl&)> call;
+  std::set<std::string> errors;
+};
+
+const VersionedCall kVersionedCalls[] = {
+    {[](auto& versions) {
+       versions.addModelIfInCache(1, {"t", "k"});
+     },
+     {"Could not add model into the cache: 100%s",
+      "Could not add model into the cache: Could not insert the index key into the cache.",
+      "Could not add mode into the cache - unknown exception"}},
+    {[](auto& versions) { versions.queryEntries(1); },
+     {"Could not query entries: 100%s", "Could not query entries - unknown exception"}},
+    {[](auto& versions) { versions.queryVersions(); },
+     {"Could not query versions: 100%s", "Could not query versions - unknown exception"}},
+    {[](auto& versions) { versions.deleteVersion(1); },
+     {"Could not delete version: 1 with exception: 100%s",
+      "Could not delete version: 1 with exception: Could not insert the index key into the cache.",
+      "Could not delete version: 1 unknown exception: "}},
+};
 
 TEST(FailingStorage, leavesTheVersionedCacheWithAnExceptionOrAnIncompleteAnswer) {
-  const std::function<void(VersionedModelCacheImpl&)> operations[] = {
-      [](auto& versions) {
-        versions.addModelIfInCache(1, {"t", "k"});
-      },
-      [](auto& versions) { versions.queryEntries(1); },
-      [](auto& versions) { versions.queryVersions(); },
-      [](auto& versions) { versions.deleteVersion(1); },
-  };
   const auto types =
       std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}});
-  for (const auto& operation : operations) {
-    failEachCall(
-        [&](FailingCache& faulty) {
-          VersionedModelCacheImpl versions(std::make_unique<ObservedFileIO>(faulty.observer),
-                                           std::make_unique<CacheDescriptorSerializer>(),
-                                           faulty.cache, types);
-          try {
-            operation(versions);
-            return false;
-          } catch (const std::runtime_error& error) {
-            EXPECT_THAT(error.what(), testing::StartsWith("Could not "));
-            return true;
-          }
-        },
-        [](FailingCache& faulty, bool thrown, int fired, int reports) {
-          const std::string index = faulty.root.read("versioned_index");
-          CacheDescriptorSerializer().deserialize(index);
-          EXPECT_TRUE(index.find(R"({"version":2,)") != std::string::npos ||
-                      (!thrown && reports > 0))
-              << "only a reported failure to look the index up may start a new one";
-          // What fails below the file cache is reported; what fails in the index is thrown.
-          EXPECT_TRUE(thrown || reports > 0);
-          EXPECT_LE(reports, fired);
-        });
+  for (const auto& [call, expectedErrors] : kVersionedCalls) {
+    std::set<std::string> errors;
+    const auto run = [&, &call = call](FailingCache& it) {
+      VersionedModelCacheImpl versions(std::make_unique<ObservedFileIO>(it.observer),
+                                       std::make_unique<CacheDescriptorSerializer>(), it.cache,
+                                       types);
+      try {
+        return call(versions), std::string();
+      } catch (const std::runtime_error& error) {
+        it.observer.hook = [](auto&) {};
+        EXPECT_NO_THROW(call(versions)) << "it tries again";
+        errors.insert(error.what());
+        return std::string(error.what());
+      }
+    };
+    const auto check = [](FailingCache& it, const std::string& error, const Reports& reports) {
+      const std::string index = it.root.read("versioned_index");
+      CacheDescriptorSerializer().deserialize(index);
+      EXPECT_TRUE(index.find(R"({"version":2,)") != std::string::npos || !reports.empty())
+          << "only a reported failure to look the index up may start a new one";
+      // What fails below the file cache is reported; what fails in the index is thrown.
+      EXPECT_TRUE(!error.empty() || !reports.empty());
+    };
+    for (const Faults faults : {Faults::One, Faults::OneUnknown, Faults::FromThereOn}) {
+      failEachCall(faults, run, check);
+    }
+    EXPECT_EQ(expectedErrors, errors);
   }
 }
 

@@ -20,7 +20,7 @@ class Observer {
   /// Runs first in each call; what it throws fails the call.
   std::function<void(const std::string& operation)> hook = [](auto&) {};
 
-  void operator()(const std::string& operation, const std::string& argument = "") {
+  void operator()(const std::string& operation, const std::string& argument) {
     const bool isBelow = argument.compare(0, root_.size(), root_) == 0;
     calls_ += (calls_.empty() ? "" : ", ") + operation + " ";
     calls_ += isBelow ? argument.substr(root_.size()) : argument + "/" == root_ ? "." : argument;
@@ -68,42 +68,6 @@ struct ObservedFileIO : IFileIO {
   }
   Observer& on;
   FileIO real;
-};
-
-struct ObservedFileCache : IFileCache {
-  using Entry = std::shared_ptr<FileCacheEntry>;
-  using Key = std::string;
-  ObservedFileCache(Observer& observer, std::shared_ptr<IFileCache> cache)
-      : on(observer), real(std::move(cache)) {}
-  Entry insertAndLock(const Key& key) override {
-    return on("insertAndLock", key), real->insertAndLock(key);
-  }
-  void commit(const Key& key) override { on("commit", key), real->commit(key); }
-  void commit(const Key& key, std::int64_t size) override {
-    on("commit", key), real->commit(key, size);
-  }
-  void unlock(const Key& key) override { on("unlock", key), real->unlock(key); }
-  Entry getCacheEntry(const Key& key) override {
-    return on("getCacheEntry", key), real->getCacheEntry(key);
-  }
-  Entry getCacheEntryWithoutPromotion(const Key& key) override {
-    return on("getCacheEntryWithoutPromotion", key), real->getCacheEntryWithoutPromotion(key);
-  }
-  bool updateExtra(const Key& key, BytesVector&& extra) override {
-    return on("updateExtra", key), real->updateExtra(key, std::move(extra));
-  }
-  std::vector<std::pair<Key, FileCacheEntryMeta>> getAllMetas() override {
-    return on("getAllMetas"), real->getAllMetas();
-  }
-  MemContainsStatus memContains(const Key& key) override {
-    return on("memContains", key), real->memContains(key);
-  }
-  bool remove(const Key& key) override { return on("remove", key), real->remove(key); }
-  std::int64_t getSize() override { return on("getSize"), real->getSize(); }
-  void clear() override { on("clear"), real->clear(); }
-  void flushExtra() override { on("flushExtra"), real->flushExtra(); }
-  Observer& on;
-  std::shared_ptr<IFileCache> real;
 };
 
 /// The file cache of `createFileCache` without its error logging, on observed storage.
