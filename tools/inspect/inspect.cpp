@@ -57,16 +57,11 @@ bool isRoot(const std::unordered_set<std::string>& names) {
 
 /// The place and the cause, in one printable line.
 std::string describe(const json::Error& error, std::string_view text) {
-  if (!error.byte()) {
-    return printable((error.path().empty() ? "" : error.path() + ": ") + error.cause());
-  }
   constexpr std::size_t shown = 24;
-  const std::string_view before = text.substr(0, *error.byte());
-  const std::string_view line = before.substr(before.rfind('\n') + 1);  // npos + 1 is 0.
-  const std::string_view end = line.substr(line.size() - std::min(line.size(), shown));
-  return "line " + std::to_string(std::count(before.begin(), before.end(), '\n') + 1) +
-         ", column " + std::to_string(line.size() + 1) + ", after \"" + printable(end) +
-         "\": " + printable(error.cause());
+  const std::string_view before = text.substr(0, error.byte().value_or(0));
+  const std::string_view end = before.substr(before.size() - std::min(before.size(), shown));
+  return printable((error.path().empty() ? "" : error.path() + ": ") + error.cause() +
+                   (end.empty() ? "" : ", after ") + std::string(end));
 }
 
 class Inspection {
@@ -274,9 +269,12 @@ std::vector<std::string> rootsIn(const std::string& folder, bool force) {
   std::vector<std::string> roots;
   for (const std::string& name : names) {
     const fs::path path = fs::path(folder) / name;
-    boost::system::error_code error;
-    if (fs::is_directory(path, error) && isRoot(namesIn(path))) {
-      roots.push_back(path.string());
+    try {
+      if (isRoot(namesIn(path))) {
+        roots.push_back(path.string());
+      }
+    } catch (const std::exception&) {
+      // A file, or a folder that is closed to the caller.
     }
   }
   if (roots.empty()) {

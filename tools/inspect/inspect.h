@@ -97,50 +97,37 @@ struct Report {
 /// The roots that `folder` stands for: itself, if it looks like one, or else those in it. Throws
 /// std::exception, with a text for the user, when there is none.
 std::vector<std::string> rootsIn(const std::string& folder, bool force);
-
 /// Looks at a root without changing anything. Throws as `rootsIn` when it cannot be read at all.
 Report inspect(const std::string& root, const Options& options);
-
 /// Reads one of the files in which a cache keeps its own affairs. Returns "missing", "present" or,
 /// as a finding too, what is wrong with it, such as the text of what `read` throws.
 std::string readOwnFile(Report& report, const std::string& name,
                         const std::function<void(const std::string&)>& read);
-
 /// Bytes of a file, or of those below a folder, as the cache counts them; none if it would fail.
 std::optional<std::int64_t> measure(const std::string& path);
-
 /// Adds the versions of the index and of a store's table.
 void inspectVersions(Report& report);
-
 /// Reads the files of which a store has recorded the digest; those that differ are findings.
 void verify(Report& report);
-
 /// The width of lines that are not to be fitted to anything.
 constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
-
 /// For people, in lines of `width` columns at most.
 std::string toText(const Report& report, std::size_t width);
-
 /// For scripts: a line of JSON, with the names as above. Of a text that is not harmless UTF-8,
 /// "NAMEHex" has the bytes in hexadecimal digits.
 std::string toJson(const Report& report);
 std::string toJson(const std::string& root, const std::string& error);
-
 /// What a build installs: a page for man, and completion for bash.
 void writeManual(const CLI::App& app, std::ostream& out);
 void writeCompletion(const CLI::App& app, std::ostream& out);
-
 /// The bytes as harmless UTF-8, with what `replace` gives for each run of bytes that is no
 /// character, or is one that a terminal obeys.
 std::string toUtf8(std::string_view bytes,
                    const std::function<std::string(std::string_view run)>& replace);
-
 /// The bytes for a terminal: \xNN for each that is no part of a harmless character.
 std::string printable(std::string_view bytes);
-
 /// Columns that a printable text takes.
 std::size_t columns(std::string_view text);
-
 /// A printable text with its middle cut out, so that it takes at most `width` columns.
 std::string cut(const std::string& text, std::size_t width);
 

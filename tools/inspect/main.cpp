@@ -29,11 +29,6 @@ constexpr const char* kFooter = R"(Examples:
   modelcache-inspect --recover ROOT
       when metadata.json is damaged; files stay, access times are lost
 
-Findings: one of the cache's own files is damaged, missing or no file; an entry is only
-recorded or only on disk, or has another size than recorded; a download is unfinished; extra
-bytes belong to no entry; a version is not complete, or not in both of a store's records; a
-file differs from its digest; the total is over the budget.
-
 Exit status: 0; with --check 1 if there are findings; 2 if a ROOT cannot be inspected.)";
 
 void declare(CLI::App& app, Options& options) {
@@ -79,14 +74,12 @@ void declare(CLI::App& app, Options& options) {
 
 /// Of a terminal at standard output.
 std::size_t terminalWidth() {
-  constexpr std::size_t narrowest = 60;
-  constexpr std::size_t usual = 80;
   winsize size{};
   if (::isatty(STDOUT_FILENO) != 1) {
     return kUnlimited;
   }
-  const bool isKnown = ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-  return isKnown ? std::max<std::size_t>(size.ws_col, narrowest) : usual;
+  (void)::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
+  return size.ws_col == 0 ? 80 : std::max<std::size_t>(size.ws_col, 60);
 }
 
 int recover(const std::string& root) {
