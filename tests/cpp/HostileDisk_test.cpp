@@ -65,16 +65,6 @@ TEST_F(HostileDisk, mayNotLetACacheReloadWhichThenAnswersNeutrallyWithOneReport)
   EXPECT_EQ("1", root_.read("file"));
 }
 
-TEST_F(HostileDisk, mayGoAndComeBackUnderALivingCache) {
-  for (int round = 0; round < 3; ++round) {
-    root_.write("k", "1");
-    EXPECT_NE(nullptr, cache_->getCacheEntry("k"));
-    std::filesystem::remove_all(root_.path());
-    EXPECT_EQ(nullptr, cache_->getCacheEntry("k"));
-    EXPECT_EQ(1u, takeErrors().size());
-  }
-}
-
 TEST_F(HostileDisk, mayBeFullWhichCutsTheMetadataShort) {
   root_.write("k", "1");
   EXPECT_NE(nullptr, cache_->getCacheEntry("k"));

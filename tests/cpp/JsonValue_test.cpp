@@ -29,6 +29,7 @@ TEST(JsonValue, convertsScalarsStrictly) {
       {"1e400", outOfRange, outOfRange},
       {"1.5", "1.5", "conversion error: 1.5" + notInt},
       {"-2.0", "-2", "-2"},
+      {"9223372036854775808.0", tooLarge, "conversion error: " + tooLarge + notInt},
       {"9.3e18", "9.3e+18", "conversion error: 9.3e+18" + notInt},
       {"-9223372036854775808.0", "-9223372036854775808", "-9223372036854775808"},
       {"-9223372036854775809", outOfRange, outOfRange},

@@ -34,23 +34,6 @@ TEST(FilesystemOperations, measuresAndListsFollowingLinksToFilesOnly) {
   EXPECT_FALSE(filesystem.exists(root / "dir/dangling"));
 }
 
-TEST(FilesystemOperations, createsAndRemovesTreesAndTellsWhetherItDid) {
-  const TemporaryDirectory root;
-  FilesystemOperations filesystem;
-  for (const bool first : {true, false}) {
-    EXPECT_EQ(first, filesystem.createDirectories(root / "x/y/z"));
-  }
-  EXPECT_THROW(filesystem.remove(root / "x"), boost::filesystem::filesystem_error);
-  root.write("x/file", "");
-  for (const bool first : {true, false}) {
-    EXPECT_EQ(first, filesystem.remove(root / "x/file"));
-  }
-  for (const bool first : {true, false}) {
-    EXPECT_EQ(first, filesystem.exists(root / "x"));
-    EXPECT_EQ(first, filesystem.removeAll(root / "x"));
-  }
-}
-
 TEST(FilesystemOperations, saysWhatItCouldNotIterateOver) {
   const TemporaryDirectory root;
   root.write("dir/file", "");

@@ -15,7 +15,7 @@ TEST(Utf, convertsBothWays) {
       {u"\u007F\u0080\u07FF\u0800\uFFFF", "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"},
       {u"\U0001F600\U0010FFFF", "\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF"},
       {u"\xD83D", "\xED\xA0\xBD"},
-      {u"\xDE00\xD83Dx", "\xED\xB8\x80\xED\xA0\xBDx"},
+      {u"a\xDE00\xD83Dx", "a\xED\xB8\x80\xED\xA0\xBDx"},
   };
   for (const auto& [text, bytes] : cases) {
     EXPECT_EQ(bytes, utf16ToUtf8(text));
