@@ -25,7 +25,7 @@ trap 'rm -rf -- "$TMPDIR" "$memory"' EXIT
 # The Debian packages that the scripts need, by purpose.
 declare -A packages=(
   # Boost 1.81 and not the default 1.74: see CMakeLists.txt.
-  [build]='cmake g++ libboost-filesystem1.81-dev libboost-json1.81-dev ninja-build openjdk-17-jdk-headless'
+  [build]='cmake g++ libboost-filesystem1.81-dev libboost-json1.81-dev libjetbrains-annotations-java ninja-build openjdk-17-jdk-headless'
   [tools]='libcli11-dev libssl-dev'
   [tests]='jq libgmock-dev libgtest-dev junit5'
   [demo]='opencv-data'  # has real face-detection models, small enough to be in Debian

@@ -1,5 +1,7 @@
 package com.zentrel.jni;
 
+import org.jetbrains.annotations.NotNull;
+
 /**
  * Base of the classes whose work is done by a native peer. The peer lives until the object is
  * released or, failing that, until some time after the object has become unreachable.
@@ -11,7 +13,7 @@ public abstract class HybridClassBase implements AutoCloseable {
     private HybridData mHybridData;
 
     /** @param hybridData what {@code initHybrid} returned */
-    protected HybridClassBase(HybridData hybridData) {
+    protected HybridClassBase(@NotNull HybridData hybridData) {
         mHybridData = hybridData;
     }
 

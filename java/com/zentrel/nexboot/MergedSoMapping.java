@@ -1,5 +1,7 @@
 package com.zentrel.nexboot;
 
+import org.jetbrains.annotations.NotNull;
+
 /**
  * Loads the libraries that were merged into {@code libmodelcache.so} by the file names that they
  * had before.
@@ -16,7 +18,7 @@ public final class MergedSoMapping {
      * @param libraryName file name of the former library, such as "libardcache-jni.so"
      * @throws UnsatisfiedLinkError if there is no such library or it cannot be loaded
      */
-    public static void load(String libraryName) {
+    public static void load(@NotNull String libraryName) {
         // The class whose natives the library holds is initialized first: its initializer calls
         // this too, and has to come before the lock for whoever holds both.
         initialize(ownerOf(libraryName));

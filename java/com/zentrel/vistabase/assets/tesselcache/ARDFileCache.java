@@ -3,6 +3,8 @@ package com.zentrel.vistabase.assets.tesselcache;
 import com.zentrel.jni.HybridClassBase;
 import com.zentrel.jni.HybridData;
 import java.util.Map;
+import org.jetbrains.annotations.NotNull;
+import org.jetbrains.annotations.Nullable;
 
 /**
  * Files and directories under one root directory, each under a string key, within a byte budget.
@@ -25,7 +27,7 @@ public abstract class ARDFileCache extends HybridClassBase {
      *
      * @param hybridData the owner of the native peer
      */
-    protected ARDFileCache(HybridData hybridData) {
+    protected ARDFileCache(@NotNull HybridData hybridData) {
         super(hybridData);
     }
 
@@ -35,21 +37,21 @@ public abstract class ARDFileCache extends HybridClassBase {
      * @param key the key of the entry
      * @return where to write; null after a failure
      */
-    public abstract ARDFileCacheEntry insertAndLock(String key);
+    public abstract @Nullable ARDFileCacheEntry insertAndLock(@NotNull String key);
 
     /**
      * {@return the entry, which is promoted and so evicted later, or null if it is not cached}
      *
      * @param key the key of the entry
      */
-    public abstract ARDFileCacheEntry getCacheEntry(String key);
+    public abstract @Nullable ARDFileCacheEntry getCacheEntry(@NotNull String key);
 
     /**
      * {@return the entry, or null if it is not cached}
      *
      * @param key the key of the entry
      */
-    public abstract ARDFileCacheEntry getCacheEntryWithoutPromotion(String key);
+    public abstract @Nullable ARDFileCacheEntry getCacheEntryWithoutPromotion(@NotNull String key);
 
     /**
      * Replaces the entry's extra bytes.
@@ -58,7 +60,7 @@ public abstract class ARDFileCache extends HybridClassBase {
      * @param extra any bytes
      * @return false if the key is not recorded
      */
-    public abstract boolean updateExtra(String key, byte[] extra);
+    public abstract boolean updateExtra(@NotNull String key, @NotNull byte[] extra);
 
     /**
      * All entries that have extra bytes, by key. A key that holds one of {@code " * / : < > ? | \}
@@ -66,14 +68,14 @@ public abstract class ARDFileCache extends HybridClassBase {
      *
      * @return the entries, each with a native peer of its own
      */
-    public abstract Map.Entry<String, ARDFileResourceMeta>[] getAllMetas();
+    public abstract @NotNull Map.Entry<String, ARDFileResourceMeta>[] getAllMetas();
 
     /**
      * Ends the writing of an entry.
      *
      * @param key the key of the entry
      */
-    public abstract void unlock(String key);
+    public abstract void unlock(@NotNull String key);
 
     /**
      * Deletes the entry.
@@ -81,14 +83,14 @@ public abstract class ARDFileCache extends HybridClassBase {
      * @param key the key of the entry
      * @return false if there was none
      */
-    public abstract boolean remove(String key);
+    public abstract boolean remove(@NotNull String key);
 
     /**
      * Measures what was written for the key, then evicts old entries until the budget holds.
      *
      * @param key the key of the entry
      */
-    public abstract void commit(String key);
+    public abstract void commit(@NotNull String key);
 
     /** Deletes the root directory with everything in it. Create it again before the next use. */
     public abstract void clear();

@@ -1,5 +1,7 @@
 package com.zentrel.vistabase.assets.tesselcache;
 
+import org.jetbrains.annotations.NotNull;
+
 /** Where an entry lies on disk. Only a path: it keeps nothing alive and unlocks nothing. */
 public final class ARDFileCacheEntry {
     private final String mPath;
@@ -9,17 +11,17 @@ public final class ARDFileCacheEntry {
      *
      * @param path the full path
      */
-    public ARDFileCacheEntry(String path) {
+    public ARDFileCacheEntry(@NotNull String path) {
         mPath = path;
     }
 
     /** {@return the full path of the entry, a regular file or a directory} */
-    public String getPath() {
+    public @NotNull String getPath() {
         return mPath;
     }
 
     @Override
-    public String toString() {
+    public @NotNull String toString() {
         return mPath;
     }
 }

@@ -4,6 +4,7 @@ import com.zentrel.jni.HybridClassBase;
 import com.zentrel.jni.HybridData;
 import com.zentrel.nexboot.MergedSoMapping;
 import java.nio.ByteBuffer;
+import org.jetbrains.annotations.NotNull;
 
 /** What the cache tells of one entry beyond its path. */
 public final class ARDFileResourceMeta extends HybridClassBase {
@@ -16,7 +17,7 @@ public final class ARDFileResourceMeta extends HybridClassBase {
      *
      * @param hybridData the owner of the native peer
      */
-    public ARDFileResourceMeta(HybridData hybridData) {
+    public ARDFileResourceMeta(@NotNull HybridData hybridData) {
         super(hybridData);
     }
 
@@ -24,5 +25,5 @@ public final class ARDFileResourceMeta extends HybridClassBase {
      * {@return the entry's extra bytes, in a new direct buffer that stays valid for as long as it,
      * or a view of it, is reachable}
      */
-    public native ByteBuffer getExtra();
+    public native @NotNull ByteBuffer getExtra();
 }

@@ -1,5 +1,7 @@
 package com.zentrel.vistabase.common.exception;
 
+import org.jetbrains.annotations.NotNull;
+
 /** A model cache could not do what was asked. */
 public class EffectsFrameworkException extends RuntimeException {
     private static final long serialVersionUID = 1L;
@@ -9,7 +11,7 @@ public class EffectsFrameworkException extends RuntimeException {
      *
      * @param message what failed, and why
      */
-    public EffectsFrameworkException(String message) {
+    public EffectsFrameworkException(@NotNull String message) {
         super(message);
     }
 }

@@ -3,6 +3,7 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.util.Arrays;
 import java.util.Collections;
 import java.util.List;
+import org.jetbrains.annotations.NotNull;
 
 /** What models are for. A version of a capability is complete when it has one file of each type. */
 public enum Capability {
@@ -19,7 +20,7 @@ public enum Capability {
     }
 
     /** {@return the types of its models, in their fixed order} */
-    public List<String> types() {
+    public @NotNull List<String> types() {
         return mTypes;
     }
 }

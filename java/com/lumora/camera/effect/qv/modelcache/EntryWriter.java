@@ -5,6 +5,7 @@ import java.io.FileOutputStream;
 import java.io.IOException;
 import java.io.OutputStream;
 import java.util.Collections;
+import org.jetbrains.annotations.NotNull;
 
 /** Writes an entry beside the others; {@link #commit} makes it one. */
 public class EntryWriter extends OutputStream {
@@ -28,7 +29,8 @@ public class EntryWriter extends OutputStream {
 
     /** Fails as soon as the whole budget is exceeded. */
     @Override
-    public synchronized void write(byte[] bytes, int offset, int length) throws IOException {
+    public synchronized void write(
+            @NotNull byte[] bytes, int offset, int length) throws IOException {
         requireWithin(bytes, offset, length);
         requireOpen();
         if (length > mStore.maxSizeBytes() - mSize) {

@@ -2,6 +2,7 @@ package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.IOException;
 import java.io.OutputStream;
+import org.jetbrains.annotations.NotNull;
 
 /** Gets the bytes of an entry that is not there yet. */
 public interface Fetcher {
@@ -12,5 +13,5 @@ public interface Fetcher {
      * @param out takes its bytes; closing it does nothing
      * @throws IOException if they cannot be got
      */
-    void fetch(String key, OutputStream out) throws IOException;
+    void fetch(@NotNull String key, @NotNull OutputStream out) throws IOException;
 }

@@ -9,6 +9,8 @@ import java.io.File;
 import java.io.IOException;
 import java.util.Arrays;
 import java.util.Map;
+import org.jetbrains.annotations.NotNull;
+import org.jetbrains.annotations.Nullable;
 
 /** The file cache on disk. */
 public class FileCacheBasicImpl extends ARDFileCache {
@@ -24,7 +26,7 @@ public class FileCacheBasicImpl extends ARDFileCache {
      * @param rootPath the root directory
      * @param maxSizeBytes the budget; {@link #commit} evicts the least recently used entries beyond
      */
-    public FileCacheBasicImpl(String rootPath, long maxSizeBytes) {
+    public FileCacheBasicImpl(@NotNull String rootPath, long maxSizeBytes) {
         super(initHybrid(rootPath, maxSizeBytes));
         mRoot = new File(rootPath);
         mRoot.mkdirs();
@@ -75,31 +77,32 @@ public class FileCacheBasicImpl extends ARDFileCache {
      * @param rootPath the root directory
      * @param maxSizeBytes the budget
      */
-    public static native HybridData initHybrid(String rootPath, long maxSizeBytes);
+    public static native @NotNull HybridData initHybrid(
+            @NotNull String rootPath, long maxSizeBytes);
 
     @Override
-    public native ARDFileCacheEntry insertAndLock(String key);
+    public native @Nullable ARDFileCacheEntry insertAndLock(@NotNull String key);
 
     @Override
-    public native ARDFileCacheEntry getCacheEntry(String key);
+    public native @Nullable ARDFileCacheEntry getCacheEntry(@NotNull String key);
 
     @Override
-    public native ARDFileCacheEntry getCacheEntryWithoutPromotion(String key);
+    public native @Nullable ARDFileCacheEntry getCacheEntryWithoutPromotion(@NotNull String key);
 
     @Override
-    public native boolean updateExtra(String key, byte[] extra);
+    public native boolean updateExtra(@NotNull String key, @NotNull byte[] extra);
 
     @Override
-    public native Map.Entry<String, ARDFileResourceMeta>[] getAllMetas();
+    public native @NotNull Map.Entry<String, ARDFileResourceMeta>[] getAllMetas();
 
     @Override
-    public native void unlock(String key);
+    public native void unlock(@NotNull String key);
 
     @Override
-    public native boolean remove(String key);
+    public native boolean remove(@NotNull String key);
 
     @Override
-    public native void commit(String key);
+    public native void commit(@NotNull String key);
 
     @Override
     public native void clear();

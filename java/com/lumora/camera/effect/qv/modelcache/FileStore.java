@@ -5,6 +5,8 @@ import java.io.File;
 import java.io.IOException;
 import java.util.Collections;
 import java.util.concurrent.locks.ReentrantLock;
+import org.jetbrains.annotations.NotNull;
+import org.jetbrains.annotations.Nullable;
 
 /**
  * Files under one root directory, each under a key, within a byte budget: what was not used for
@@ -41,7 +43,8 @@ public final class FileStore implements Closeable {
      * @throws IllegalArgumentException if the budget is negative, or if the root has the versions of a
      *     {@link ModelStore}, whose files would be entries like others
      */
-    public static FileStore open(File root, long maxSizeBytes) throws IOException {
+    public static @NotNull FileStore open(
+            @NotNull File root, long maxSizeBytes) throws IOException {
         if (maxSizeBytes < 0) {
             throw new IllegalArgumentException("negative budget: " + maxSizeBytes);
         }
@@ -84,7 +87,7 @@ public final class FileStore implements Closeable {
      * @return null if there is none, and only then
      * @throws IOException if the disk fails
      */
-    public File get(String key) throws IOException {
+    public @Nullable File get(@NotNull String key) throws IOException {
         String name = Entries.nameOf(key);
         requireOpen();
         if (!mEntries.has(name)) {
@@ -102,7 +105,7 @@ public final class FileStore implements Closeable {
      * @throws IllegalStateException if the entry is being written already
      * @throws IOException if the disk fails
      */
-    public EntryWriter write(String key) throws IOException {
+    public @NotNull EntryWriter write(@NotNull String key) throws IOException {
         String name = Entries.nameOf(key);
         enter();
         try {
@@ -129,7 +132,8 @@ public final class FileStore implements Closeable {
      * @throws IllegalStateException if the entry is being written, if fetchers wait for each other or,
      *     on a thread that waited, if the fetcher threw anything but an IOException
      */
-    public File getOrFetch(String key, Fetcher fetcher) throws IOException {
+    public @NotNull File getOrFetch(
+            @NotNull String key, @NotNull Fetcher fetcher) throws IOException {
         File file = get(key);
         if (file != null) {
             return file;
@@ -144,7 +148,7 @@ public final class FileStore implements Closeable {
      * @return false if there was none
      * @throws IOException if the disk fails
      */
-    public boolean remove(String key) throws IOException {
+    public boolean remove(@NotNull String key) throws IOException {
         String name = Entries.nameOf(key);
         enter();
         try {
@@ -176,7 +180,7 @@ public final class FileStore implements Closeable {
      * @param key the key of the entry
      * @throws IOException if the disk fails
      */
-    public byte[] extra(String key) throws IOException {
+    public @Nullable byte[] extra(@NotNull String key) throws IOException {
         String name = Entries.nameOf(key);
         enter();
         try {
@@ -194,7 +198,7 @@ public final class FileStore implements Closeable {
      * @return false if there is no such entry
      * @throws IOException if the disk fails
      */
-    public boolean setExtra(String key, byte[] extra) throws IOException {
+    public boolean setExtra(@NotNull String key, @NotNull byte[] extra) throws IOException {
         String name = Entries.nameOf(key);
         enter();
         try {

@@ -1,6 +1,8 @@
 package com.lumora.camera.effect.qv.modelcache;
 
 import java.util.Locale;
+import org.jetbrains.annotations.NotNull;
+import org.jetbrains.annotations.Nullable;
 
 /** What a model file has to be: its type, its size and its digest. Immutable. */
 public final class ModelFile {
@@ -18,7 +20,7 @@ public final class ModelFile {
      * @param sha256 the SHA-256 digest of the file's bytes, 64 hexadecimal digits
      * @throws IllegalArgumentException if the size is negative or the digest is none
      */
-    public ModelFile(String type, long sizeBytes, String sha256) {
+    public ModelFile(@NotNull String type, long sizeBytes, @NotNull String sha256) {
         if (type == null || sha256 == null) {
             throw new IllegalArgumentException("a model file needs a type and a digest");
         }
@@ -34,7 +36,7 @@ public final class ModelFile {
     }
 
     /** {@return one of {@link Capability#types}} */
-    public String type() {
+    public @NotNull String type() {
         return mType;
     }
 
@@ -44,12 +46,12 @@ public final class ModelFile {
     }
 
     /** {@return the digest, in lower case} */
-    public String sha256() {
+    public @NotNull String sha256() {
         return mSha256;
     }
 
     @Override
-    public boolean equals(Object other) {
+    public boolean equals(@Nullable Object other) {
         return other instanceof ModelFile && mType.equals(((ModelFile) other).mType)
                 && mSizeBytes == ((ModelFile) other).mSizeBytes
                 && mSha256.equals(((ModelFile) other).mSha256);
@@ -61,7 +63,7 @@ public final class ModelFile {
     }
 
     @Override
-    public String toString() {
+    public @NotNull String toString() {
         return mType + ", " + mSizeBytes + " bytes, " + mSha256;
     }
 

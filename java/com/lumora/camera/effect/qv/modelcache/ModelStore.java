@@ -5,6 +5,8 @@ import java.io.File;
 import java.io.IOException;
 import java.util.List;
 import java.util.Map;
+import org.jetbrains.annotations.NotNull;
+import org.jetbrains.annotations.Nullable;
 
 /**
  * The versions of one capability's models, under one root directory, within a byte budget. Safe by
@@ -45,7 +47,8 @@ public final class ModelStore implements Closeable {
      * @throws IllegalArgumentException if the root has the models of another capability, or if the
      *     budget is negative
      */
-    public static ModelStore open(File root, Capability capability, long maxSizeBytes)
+    public static @NotNull ModelStore open(
+            @NotNull File root, @NotNull Capability capability, long maxSizeBytes)
             throws IOException {
         return open(root, capability, maxSizeBytes, null);
     }
@@ -89,17 +92,17 @@ public final class ModelStore implements Closeable {
     /**
      * {@return the paths of the files of the active version, by their types; empty if there is none}
      */
-    public Map<String, String> paths() {
+    public @NotNull Map<String, String> paths() {
         return snapshot().paths;
     }
 
     /** {@return the number of the active version, or null if there is none} */
-    public Integer activeVersion() {
+    public @Nullable Integer activeVersion() {
         return snapshot().active;
     }
 
     /** {@return the numbers of the complete versions, in ascending order} */
-    public List<Integer> versions() {
+    public @NotNull List<Integer> versions() {
         return snapshot().versions;
     }
 
@@ -116,7 +119,7 @@ public final class ModelStore implements Closeable {
      * @throws IllegalArgumentException if a type is missing, repeated or unknown
      * @throws IllegalStateException if another update is running
      */
-    public Update begin(int version, List<ModelFile> files) throws IOException {
+    public @NotNull Update begin(int version, @NotNull List<ModelFile> files) throws IOException {
         return impl().begin(version, files);
     }
 
@@ -138,7 +141,7 @@ public final class ModelStore implements Closeable {
      * @param versions the numbers of those to keep
      * @throws IOException if the disk fails
      */
-    public void trimExcept(int... versions) throws IOException {
+    public void trimExcept(@NotNull int... versions) throws IOException {
         impl().trimExcept(versions);
     }
 
@@ -149,7 +152,7 @@ public final class ModelStore implements Closeable {
      * @return those files, each once
      * @throws IOException if the disk fails
      */
-    public List<ModelFile> verify() throws IOException {
+    public @NotNull List<ModelFile> verify() throws IOException {
         return impl().verify();
     }
 

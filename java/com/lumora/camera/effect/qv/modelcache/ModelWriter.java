@@ -3,6 +3,7 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.File;
 import java.io.IOException;
 import java.security.MessageDigest;
+import org.jetbrains.annotations.NotNull;
 
 /**
  * Writes a model file; only {@link #commit} makes it one, so do not close the writer before. Bytes
@@ -39,7 +40,8 @@ public final class ModelWriter extends EntryWriter {
     }
 
     @Override
-    public synchronized void write(byte[] bytes, int offset, int length) throws IOException {
+    public synchronized void write(
+            @NotNull byte[] bytes, int offset, int length) throws IOException {
         requireWithin(bytes, offset, length);
         requireOpen();
         // What is too much is counted for the commit to refuse, and takes no room.

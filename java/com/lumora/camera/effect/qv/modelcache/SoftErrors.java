@@ -1,5 +1,8 @@
 package com.lumora.camera.effect.qv.modelcache;
 
+import org.jetbrains.annotations.NotNull;
+import org.jetbrains.annotations.Nullable;
+
 /**
  * Tells an app of the failures that the library survives, its own and those of its native code:
  * beside the platform's log, on the thread that caused them, from the first use of any of the
@@ -21,8 +24,9 @@ public final class SoftErrors {
          * @param category the part of the library: a tag for a log
          * @param message what happened
          */
-        void onSoftError(String file, String function, int line, int severity, String category,
-                String message);
+        void onSoftError(
+                @NotNull String file, @NotNull String function, int line, int severity,
+                @NotNull String category, @NotNull String message);
     }
 
     /** Keeps the first message of the current thread, from its making to its end. They nest. */
@@ -65,7 +69,7 @@ public final class SoftErrors {
      *
      * @param listener receives them on the threads that cause them; null for none
      */
-    public static void setListener(Listener listener) {
+    public static void setListener(@Nullable Listener listener) {
         sListener = listener;
     }
 

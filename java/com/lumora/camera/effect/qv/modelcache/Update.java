@@ -8,6 +8,7 @@ import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 import java.util.Set;
+import org.jetbrains.annotations.NotNull;
 
 /**
  * The getting of one version. Its methods and its writers may be used from any threads. What it got
@@ -27,7 +28,7 @@ public final class Update implements Closeable {
     }
 
     /** {@return the files that are still to be written, each once} */
-    public List<ModelFile> missing() {
+    public @NotNull List<ModelFile> missing() {
         mStore.enter();
         try {
             mStore.requireRunning(this);
@@ -46,7 +47,7 @@ public final class Update implements Closeable {
      * @throws IllegalStateException if it is being written already
      * @throws IOException if the disk fails
      */
-    public ModelWriter write(ModelFile file) throws IOException {
+    public @NotNull ModelWriter write(@NotNull ModelFile file) throws IOException {
         ModelWriter writer;
         mStore.enter();
         try {

@@ -4,6 +4,7 @@ import com.zentrel.jni.HybridClassBase;
 import com.zentrel.jni.HybridData;
 import com.zentrel.nexboot.MergedSoMapping;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileCache;
+import org.jetbrains.annotations.NotNull;
 
 /**
  * Which cached files make up which version of the face-tracking models. A version is complete when
@@ -19,7 +20,7 @@ public final class FacetrackerModelCache extends HybridClassBase {
     }
 
     /** @param fileCache where the files are; best used for this capability alone */
-    public FacetrackerModelCache(ARDFileCache fileCache) {
+    public FacetrackerModelCache(@NotNull ARDFileCache fileCache) {
         super(initHybrid(fileCache));
     }
 
@@ -28,35 +29,35 @@ public final class FacetrackerModelCache extends HybridClassBase {
      *
      * @param fileCache where the files are
      */
-    public static native HybridData initHybrid(ARDFileCache fileCache);
+    public static native @NotNull HybridData initHybrid(@NotNull ARDFileCache fileCache);
 
     /**
      * {@return the path of "face_tracker_model.bin", or ""}
      *
      * @param version the number of the version
      */
-    public native String getFaceAlignPath(int version);
+    public native @NotNull String getFaceAlignPath(int version);
 
     /**
      * {@return the path of "face_detector_model.bin", or ""}
      *
      * @param version the number of the version
      */
-    public native String getFaceDetectPath(int version);
+    public native @NotNull String getFaceDetectPath(int version);
 
     /**
      * {@return the path of "features_model.bin", or ""}
      *
      * @param version the number of the version
      */
-    public native String getFaceContourPath(int version);
+    public native @NotNull String getFaceContourPath(int version);
 
     /**
      * {@return the path of "pdm_multires.bin", or ""}
      *
      * @param version the number of the version
      */
-    public native String getMeshPath(int version);
+    public native @NotNull String getMeshPath(int version);
 
     /**
      * Records a cached file as a model of the version.
@@ -67,7 +68,7 @@ public final class FacetrackerModelCache extends HybridClassBase {
      * @return false if the file cache does not hold the key
      */
     public native boolean addModelForVersionIfInCache(
-            int version, String cacheKey, String typeName);
+            int version, @NotNull String cacheKey, @NotNull String typeName);
 
     /**
      * Deletes all other versions, with the files that the kept one does not share. Does nothing if

@@ -4,6 +4,7 @@ import com.zentrel.jni.HybridClassBase;
 import com.zentrel.jni.HybridData;
 import com.zentrel.nexboot.MergedSoMapping;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileCache;
+import org.jetbrains.annotations.NotNull;
 
 /**
  * Which cached files make up which version of the segmentation models. A version is complete when
@@ -19,7 +20,7 @@ public final class SegmentationModelCache extends HybridClassBase {
     }
 
     /** @param fileCache where the files are; best used for this capability alone */
-    public SegmentationModelCache(ARDFileCache fileCache) {
+    public SegmentationModelCache(@NotNull ARDFileCache fileCache) {
         super(initHybrid(fileCache));
     }
 
@@ -28,21 +29,21 @@ public final class SegmentationModelCache extends HybridClassBase {
      *
      * @param fileCache where the files are
      */
-    public static native HybridData initHybrid(ARDFileCache fileCache);
+    public static native @NotNull HybridData initHybrid(@NotNull ARDFileCache fileCache);
 
     /**
      * {@return the path of "seg_init_net.pb", or ""}
      *
      * @param version the number of the version
      */
-    public native String getInitNetPath(int version);
+    public native @NotNull String getInitNetPath(int version);
 
     /**
      * {@return the path of "seg_predict_net.pb", or ""}
      *
      * @param version the number of the version
      */
-    public native String getPredictNetPath(int version);
+    public native @NotNull String getPredictNetPath(int version);
 
     /**
      * Records a cached file as a model of the version.
@@ -53,7 +54,7 @@ public final class SegmentationModelCache extends HybridClassBase {
      * @return false if the file cache does not hold the key
      */
     public native boolean addModelForVersionIfInCache(
-            int version, String cacheKey, String typeName);
+            int version, @NotNull String cacheKey, @NotNull String typeName);
 
     /**
      * Deletes all other versions, with the files that the kept one does not share. Does nothing if
