@@ -164,6 +164,8 @@ TEST_F(VersionedModelCacheTest, isKnownByItsCapabilityAsCompleteVersionsOfItsTyp
   EXPECT_NE(nullptr, paths) << "untouched";
   models.trimExceptVersion(7);
   EXPECT_TRUE(models.hasModelsForVersion(-1)) << "nothing is kept in favour of what is not there";
+  models.deleteVersion(-1);
+  EXPECT_THAT(models.queryVersions(), ElementsAre(2));
 }
 
 }  // namespace
