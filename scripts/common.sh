@@ -17,8 +17,8 @@ misused() { usage >&2; exit 2; }
 
 # Whatever is temporary, of all that runs from here, goes when the script ends, however it does. What
 # is synced often is better kept in memory.
-TMPDIR=$(mktemp -d)
-memory=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
+TMPDIR=$(mktemp -d -t modelcache.XXXXXX)
+memory=$(mktemp -d -p /dev/shm modelcache.XXXXXX 2>/dev/null || mktemp -d)
 export TMPDIR
 trap 'rm -rf -- "$TMPDIR" "$memory"' EXIT
 
