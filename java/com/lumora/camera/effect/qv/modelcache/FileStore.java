@@ -230,7 +230,6 @@ public final class FileStore implements Closeable {
 
     private void closeAll() {
         try {
-            mFlights.close();
             mWriters.closeAll();
         } finally {
             if (mNatives != null) {

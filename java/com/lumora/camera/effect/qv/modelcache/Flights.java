@@ -7,7 +7,6 @@ import java.io.InterruptedIOException;
 import java.util.HashMap;
 import java.util.Map;
 import java.util.concurrent.Callable;
-import java.util.concurrent.CancellationException;
 import java.util.concurrent.ConcurrentHashMap;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.FutureTask;
@@ -50,15 +49,8 @@ final class Flights {
         if (failure instanceof Error) {
             throw (Error) failure;
         }
-        if (failure instanceof RuntimeException && !(failure instanceof CancellationException)) {
+        if (failure instanceof RuntimeException) {
             throw (RuntimeException) failure;
-        }
-    }
-
-    /** Ends the waiting; what is being fetched can no longer be written. */
-    void close() {
-        for (Flight flight : mFlights.values()) {
-            flight.cancel(false);
         }
     }
 
@@ -113,8 +105,6 @@ final class Flights {
         File result() throws IOException {
             try {
                 return get();
-            } catch (CancellationException closing) {
-                throw new IllegalStateException("the store was closed", closing);
             } catch (InterruptedException interruption) {
                 Thread.currentThread().interrupt();
                 throw new InterruptedIOException("interrupted while another thread fetches");

@@ -6,7 +6,7 @@ import java.io.*;
 import java.nio.file.*;
 import java.util.*;
 import java.util.concurrent.*;
-import java.util.concurrent.atomic.*;
+import java.util.concurrent.atomic.AtomicInteger;
 import org.junit.jupiter.api.*;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -160,24 +160,6 @@ class FileStoreTest {
             assertThrows(ExecutionException.class, () -> each.get(10, TimeUnit.SECONDS));
         }
         assertEquals(0, mStore.getOrFetch("other", (key, out) -> out.close()).length());
-        CountDownLatch done = new CountDownLatch(1);
-        CountDownLatch begun = new CountDownLatch(1);
-        two.submit(() -> mStore.getOrFetch("late", (key, out) -> {
-            begun.countDown();
-            assertDoesNotThrow(() -> done.await());
-        }));
-        begun.await();
-        AtomicReference<Thread> waiter = new AtomicReference<>();
-        Future<File> waiting = two.submit(() -> {
-            waiter.set(Thread.currentThread());
-            return mStore.getOrFetch("late", null);
-        });
-        while (waiter.get() == null || waiter.get().getState() != Thread.State.WAITING) {
-            Thread.yield();
-        }
-        mStore.close();
-        assertThrows(ExecutionException.class, () -> waiting.get(10, TimeUnit.SECONDS));
-        done.countDown();
         two.shutdown();
     }
 

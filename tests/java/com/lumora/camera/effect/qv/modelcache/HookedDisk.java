@@ -3,7 +3,7 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.*;
 
 /** A disk that asks a hook before each of its steps, but after opening a file. */
-final class HookedDisk extends Disk {
+class HookedDisk extends Disk {
     interface Hook {
         /** @param step the name of the method, or "write" or "close" of an opened file */
         void at(String step, File file) throws IOException;

@@ -8,7 +8,7 @@ import java.util.*;
  * A disk that ends the life of whoever uses it at its n-th step, or fails from there on. It knows
  * what a power cut would leave: files as they were synced, under the names of synced folders.
  */
-final class StandInDisk extends Disk {
+final class StandInDisk extends HookedDisk {
     /** The process is dead: nothing happens any more. */
     static final class Death extends Error {
         private static final long serialVersionUID = 1L;
@@ -18,7 +18,7 @@ final class StandInDisk extends Disk {
 
     private final boolean mFails;
     private int mLeft;
-    private final Map<File, FileOutputStream> mOpen = new HashMap<>();
+    private final Map<FileOutputStream, File> mOpen = new HashMap<>();
     private final Map<File, byte[]> mSynced = new HashMap<>();
     private final Map<File, Map<String, byte[]>> mFolders = new HashMap<>();
     private File mRenamedLast;
@@ -28,6 +28,7 @@ final class StandInDisk extends Disk {
     StandInDisk(int steps, boolean fails) {
         mLeft = steps;
         mFails = fails;
+        hook = (step, file) -> step();
     }
 
     boolean hasStruck() {
@@ -77,7 +78,7 @@ final class StandInDisk extends Disk {
 
     /** Time goes by in which the disk may strike. */
     void pass() throws IOException {
-        step();
+        hook.at("pass", null);
     }
 
     private void snapshot(File folder) {
@@ -101,32 +102,26 @@ final class StandInDisk extends Disk {
 
     @Override
     FileOutputStream open(File file, boolean append) throws IOException {
-        step();
         FileOutputStream out = super.open(file, append);
         mSynced.remove(file);
-        mOpen.put(file, out);
+        mOpen.put(out, file);
         return out;
     }
 
     @Override
     void sync(FileOutputStream out) throws IOException {
-        step();
-        for (Map.Entry<File, FileOutputStream> open : mOpen.entrySet()) {
-            if (open.getValue() == out) {
-                mSynced.put(open.getKey(), Files.readAllBytes(open.getKey().toPath()));
-            }
-        }
+        super.sync(out);
+        mSynced.put(mOpen.get(out), Files.readAllBytes(mOpen.get(out).toPath()));
     }
 
     @Override
     void syncFolder(File folder) throws IOException {
-        step();
+        super.syncFolder(folder);
         snapshot(folder);
     }
 
     @Override
     void rename(File from, File to) throws IOException {
-        step();
         super.rename(from, to);
         mRenamedLast = to;
         mRenamedFrom = from;
@@ -135,11 +130,5 @@ final class StandInDisk extends Disk {
         if (synced != null) {
             mSynced.put(to, synced);
         }
-    }
-
-    @Override
-    void delete(File file) throws IOException {
-        step();
-        super.delete(file);
     }
 }
