@@ -108,7 +108,7 @@ std::string wrapped(const std::string& text, std::size_t width, std::size_t inde
     const std::string word = cut(text.substr(begin, end - begin), width - std::min(width, indent));
     const bool isNewLine = taken > indent && taken + 1 + columns(word) > width;
     const std::string space = isNewLine ? std::string(indent, ' ') : begin > 0 ? " " : "";
-    result += (isNewLine ? "\n" : "") + space + word;
+    result.append(isNewLine ? "\n" : "").append(space).append(word);
     taken = (isNewLine ? 0 : taken) + space.size() + columns(word);
   }
   return result;

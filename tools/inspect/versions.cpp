@@ -84,7 +84,7 @@ StoreTable parseTable(const std::string& text) {
   sum.process_bytes(text.data(), end);
   std::ostringstream check;
   check << "check " << std::hex << sum.checksum() << '\n';
-  if (text.compare(end, std::string::npos, check.str()) != 0) {
+  if (text.substr(end) != check.str()) {
     throw std::runtime_error("the checksum is wrong");
   }
   StoreTable table;
@@ -102,7 +102,8 @@ StoreTable parseTable(const std::string& text) {
 /// The newer one of a store's good copies, or none.
 std::optional<StoreTable> readTable(Report& report) {
   const std::string names[] = {kTableName, std::string("extra/") + kTableName};
-  std::string states[2], texts[2];
+  std::string states[2];
+  std::string texts[2];
   std::optional<StoreTable> tables[2];
   for (int i = 0; i < 2; ++i) {
     states[i] = readOwnFile(report, names[i], [&](const std::string& text) {
@@ -220,9 +221,10 @@ void judge(Version& version, Report& report) {
     }
   }
   for (const auto& [capability, missing] : version.capabilities) {
+    const std::string failure =
+        nameOf(version) + " of " + capability + " is not complete: no file for ";
     for (const std::string& type : missing) {
-      report.find({},
-                  nameOf(version) + " of " + capability + " is not complete: no file for " + type);
+      report.find({}, failure + type);
     }
   }
 }
