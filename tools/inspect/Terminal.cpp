@@ -1,7 +1,6 @@
-#include <wchar.h>
-
 #include <algorithm>
 #include <boost/algorithm/hex.hpp>
+#include <cwchar>
 
 #include "support/util/Utf.h"
 #include "tools/inspect/inspect.h"
