@@ -79,7 +79,8 @@ class StoreProcessTest {
         Random random = new Random();
         Set<Integer> possible = new HashSet<>(Collections.<Integer>singleton(null));
         int next = 1;
-        for (int kill = 0; kill < kills; ++kill) {
+        // On a slow machine, most are killed before they have done much.
+        for (int kill = 0; kill < kills || next <= kills / 4; ++kill) {
             Process process = start(String.valueOf(next));
             Thread.sleep(random.nextInt(400));
             process.destroyForcibly().waitFor();
@@ -100,7 +101,6 @@ class StoreProcessTest {
                 possible.removeIf(version -> !Objects.equals(version, store.activeVersion()));
             }
         }
-        assertTrue(next > kills / 4, "only " + next + " versions lived");
     }
 
     @Test
