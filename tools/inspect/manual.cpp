@@ -46,8 +46,8 @@ void writeCompletion(const CLI::App& app, std::ostream& out) {
     if (std::string words = option->get_type_name(); !words.empty()) {
       words = words.find('|') == std::string::npos ? "" : words;
       std::replace(words.begin(), words.end(), '|', ' ');
-      values +=
-          "    " + name + ") COMPREPLY=($(compgen -W '" + words + "' -- \"$word\")); return ;;\n";
+      values.append("    ").append(name).append(") COMPREPLY=($(compgen -W '").append(words);
+      values.append("' -- \"$word\")); return ;;\n");
     }
   }
   out << R"(_modelcache_inspect() {
