@@ -272,7 +272,6 @@ int main(int argc, char** argv) {
     return 0;
   }
   registerAll(argv[1]);
-  argc -= 1;
-  benchmark::Initialize(&argc, argv + 1);
+  benchmark::Initialize(&--argc, argv + 1);
   benchmark::RunSpecifiedBenchmarks();
 }

@@ -1,7 +1,6 @@
 # Makes tables of the figures that scripts/bench collects. Fails when an operation and its floor make
 # different numbers of system calls: that would be no floor, and no ratio to it would mean anything.
 BEGIN { FS = "\t" }
-
 $1 == "count" { instructions[$2, $3, $4] = $5; calls[$2, $3, $4] = $6; sizes[$4] }
 $1 == "count" && !known[$2]++ { order[++operations] = $2 }
 $1 == "time" { time[$2, $3, $4, $5] = $6 }
