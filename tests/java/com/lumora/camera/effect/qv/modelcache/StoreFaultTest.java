@@ -44,69 +44,20 @@ class StoreFaultTest {
         }
     }
 
-    @ParameterizedTest
-    @EnumSource
-    void theActiveVersionIsThereAfterwards(Strike strike) throws Exception {
-        Path filled = mFolder.resolve("filled");
-        fill(filled);
+    private interface Life {
+        void on(File root, StandInDisk disk) throws IOException;
+    }
+
+    /** One life after the other, each of which the disk strikes at a later step, until one is done. */
+    private void strike(Strike strike, Life before, Life life, Life after) throws IOException {
         boolean hasStruck = true;
         for (int step = 1; hasStruck; ++step) {
             File root = mFolder.resolve("root" + step).toFile();
-            copy(filled, root.toPath());
-            StandInDisk disk = new StandInDisk(step, strike == Strike.FAILURE);
-            disk.trust(root);
-            Set<Integer> active = new HashSet<>(Collections.singleton(2));
-            Set<ModelFile> committed = new HashSet<>();
-            try (Told told = new Told()) {
-                live(root, disk, active, committed);
-                assertEquals(disk.hasStruck(), !told.messages.isEmpty(),
-                        "step " + step + ": " + told.messages);
-            } catch (StandInDisk.Death death) {
-                assertNotEquals(Strike.FAILURE, strike);
-            } catch (IOException failure) {
-                assertEquals(Strike.FAILURE, strike, failure.toString());
-            }
-            hasStruck = disk.hasStruck();
-            if (strike.name().startsWith("CUT_")) {
-                disk.cutPower(root, StandInDisk.Names.valueOf(strike.name().substring(4)));
-            }
-            try (ModelStore store = Samples.open(root)) {
-                assertTrue(active.contains(store.activeVersion()), "step " + step + ": " + store.activeVersion());
-                assertActive(store.activeVersion(), store);
-                try (Update update = store.begin(3, files(3))) {
-                    assertTrue(Collections.disjoint(update.missing(), committed), "step " + step);
-                }
-                update(store, 4);
-                assertActive(4, store);
-            }
-        }
-    }
-
-    /** Replaces an entry and its extra bytes. */
-    private static void replace(File root, Disk disk) throws IOException {
-        try (FileStore store = new FileStore(root, 100, disk, new RootLock(root));
-                EntryWriter out = store.write("key")) {
-            out.write(new byte[20]);
-            out.commit();
-            store.setExtra("key", new byte[20]);
-        }
-    }
-
-    @ParameterizedTest
-    @EnumSource
-    void extraBytesAreThoseOfTheirEntry(Strike strike) throws Exception {
-        boolean hasStruck = true;
-        for (int step = 1; hasStruck; ++step) {
-            File root = mFolder.resolve("root" + step).toFile();
-            try (FileStore store = FileStore.open(root, 100); EntryWriter out = store.write("key")) {
-                out.write(new byte[10]);
-                out.commit();
-                store.setExtra("key", new byte[10]);
-            }
+            before.on(root, null);
             StandInDisk disk = new StandInDisk(step, strike == Strike.FAILURE);
             disk.trust(root);
             try {
-                replace(root, disk);
+                life.on(root, disk);
             } catch (StandInDisk.Death | IOException struck) {
                 assertTrue(disk.hasStruck(), struck.toString());
             }
@@ -114,14 +65,62 @@ class StoreFaultTest {
             if (strike.name().startsWith("CUT_")) {
                 disk.cutPower(root, StandInDisk.Names.valueOf(strike.name().substring(4)));
             }
-            try (FileStore store = FileStore.open(root, 100)) {
-                long length = store.get("key").length();
-                byte[] extra = store.extra("key");
-                assertTrue(extra == null ? length == 20 : extra.length == length,
-                        "step " + step + ": " + length + Arrays.toString(extra));
-                assertTrue(hasStruck || extra != null);
-            }
+            after.on(root, disk);
         }
+    }
+
+    @ParameterizedTest
+    @EnumSource
+    void theActiveVersionIsThereAfterwards(Strike strike) throws Exception {
+        Path filled = mFolder.resolve("filled");
+        fill(filled);
+        Set<Integer> active = new HashSet<>();
+        Set<ModelFile> committed = new HashSet<>();
+        strike(strike, (root, none) -> {
+            copy(filled, root.toPath());
+            active.clear();
+            active.add(2);
+            committed.clear();
+        }, (root, disk) -> {
+            try (Told told = new Told()) {
+                live(root, disk, active, committed);
+                assertEquals(disk.hasStruck(), !told.messages.isEmpty(), told.messages.toString());
+            }
+        }, (root, disk) -> {
+            try (ModelStore store = Samples.open(root)) {
+                assertTrue(active.contains(store.activeVersion()), root + ": " + store.activeVersion());
+                assertActive(store.activeVersion(), store);
+                try (Update update = store.begin(3, files(3))) {
+                    assertTrue(Collections.disjoint(update.missing(), committed), root.toString());
+                }
+                update(store, 4);
+                assertActive(4, store);
+            }
+        });
+    }
+
+    /** Gives an entry so many bytes, and as many extra ones. */
+    private static void replace(FileStore opened, int size) throws IOException {
+        try (FileStore store = opened; EntryWriter out = store.write("key")) {
+            out.write(new byte[size]);
+            out.commit();
+            store.setExtra("key", new byte[size]);
+        }
+    }
+
+    @ParameterizedTest
+    @EnumSource
+    void extraBytesAreThoseOfTheirEntry(Strike strike) throws Exception {
+        strike(strike, (root, none) -> replace(FileStore.open(root, 100), 10),
+                (root, disk) -> replace(new FileStore(root, 100, disk, new RootLock(root)), 20),
+                (root, disk) -> {
+                    try (FileStore store = FileStore.open(root, 100)) {
+                        long length = store.get("key").length();
+                        byte[] extra = store.extra("key");
+                        assertTrue(extra == null ? length == 20 && disk.hasStruck()
+                                : extra.length == length, root + ": " + length);
+                    }
+                });
     }
 
     private final HookedDisk mDisk = new HookedDisk();
