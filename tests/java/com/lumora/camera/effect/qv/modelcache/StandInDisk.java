@@ -57,10 +57,11 @@ final class StandInDisk extends HookedDisk {
                 snapshot(folder);
             }
             Map<String, byte[]> left = mFolders.getOrDefault(folder, new HashMap<>());
-            if (names == Names.LAST && mRenamedLast != null
-                    && mRenamedLast.getParentFile().equals(folder)) {
-                left.put(mRenamedLast.getName(), mSynced.getOrDefault(mRenamedLast, GARBAGE));
-                if (mRenamedFrom.getParentFile().equals(folder)) { // A file never has both names.
+            if (names == Names.LAST && mRenamedLast != null) { // A file never has both names.
+                if (mRenamedLast.getParentFile().equals(folder)) {
+                    left.put(mRenamedLast.getName(), mSynced.getOrDefault(mRenamedLast, GARBAGE));
+                }
+                if (mRenamedFrom.getParentFile().equals(folder)) {
                     left.remove(mRenamedFrom.getName());
                 }
             }
