@@ -1,17 +1,57 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
+#include <boost/algorithm/hex.hpp>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <cwchar>
 #include <numeric>
 
 #include "delivery/FileCache/CacheKey.h"
+#include "support/util/Utf.h"
 #include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
 namespace {
+
+/// Whether a terminal obeys the character, or shows others in another order because of it.
+bool isObeyed(char32_t character) {
+  constexpr std::pair<char32_t, char32_t> ranges[] = {
+      {0, 0x1F},        {0x7F, 0x9F},     {0x61C, 0x61C},  {0x200E, 0x200F},
+      {0x2028, 0x202E}, {0x2066, 0x2069}, {0xD800, 0xDFFF}};
+  return std::any_of(std::begin(ranges), std::end(ranges), [character](const auto& range) {
+    return character >= range.first && character <= range.second;
+  });
+}
+
+/// The end of the character at `begin`, and the columns that it takes.
+std::size_t next(std::string_view text, std::size_t begin, std::size_t& width) {
+  const char32_t character = decodeUtf8(text, begin).value_or(U'?');
+  width = static_cast<std::size_t>(std::max(::wcwidth(static_cast<wchar_t>(character)), 0));
+  return begin;
+}
+
+/// A printable text with its middle cut out, so that it takes at most `width` columns.
+std::string cut(const std::string& text, std::size_t width) {
+  const std::size_t whole = columns(text);
+  if (whole <= width) {
+    return text;
+  }
+  const std::size_t kept = width - std::min<std::size_t>(width, 3);
+  std::string left;
+  std::string right = "...";
+  std::size_t before = 0;  // Columns.
+  for (std::size_t begin = 0, end = 0, wide = 0; begin < text.size(); begin = end, before += wide) {
+    end = next(text, begin, wide);
+    if (before + wide <= (kept + 1) / 2) {
+      left += text.substr(begin, end - begin);
+    } else if (whole - before <= kept / 2) {
+      right += text.substr(begin, end - begin);
+    }
+  }
+  return left + right;
+}
 
 /// Rows of cells, each column as wide as its widest cell.
 class Table {
@@ -88,9 +128,7 @@ std::string date(std::int64_t milliseconds) {
 }
 
 std::string age(std::int64_t milliseconds) {
-  using std::chrono::system_clock;
-  const std::int64_t now = system_clock::to_time_t(system_clock::now());
-  const std::int64_t minutes = (now - milliseconds / 1000) / 60;
+  const std::int64_t minutes = (std::time(nullptr) - milliseconds / 1000) / 60;
   if (milliseconds <= 0 || minutes < 0) {
     return "";
   }
@@ -99,7 +137,7 @@ std::string age(std::int64_t milliseconds) {
                           : std::to_string(minutes / 1440) + " d";
 }
 
-/// In lines of at most `width` columns, broken at blanks and indented but for the first.
+/// Whole lines of at most `width` columns, broken at blanks and indented but for the first.
 std::string wrapped(const std::string& text, std::size_t width, std::size_t indent) {
   std::string result;
   std::size_t taken = 0;
@@ -111,7 +149,7 @@ std::string wrapped(const std::string& text, std::size_t width, std::size_t inde
     result.append(isNewLine ? "\n" : "").append(space).append(word);
     taken = (isNewLine ? 0 : taken) + space.size() + columns(word);
   }
-  return result;
+  return result + '\n';
 }
 
 std::string files(std::uint64_t count) {
@@ -176,7 +214,7 @@ class TextReport {
       line += " of a budget of " + size(*budget) + ": " + size(std::abs(left)) +
               (left < 0 ? " over" : " left");
     }
-    text_ += wrapped(line, width_, 2) + '\n';
+    text_ += wrapped(line, width_, 2);
   }
 
   void addVersion(const Version& version) {
@@ -190,7 +228,7 @@ class TextReport {
       table.add({printable(model.type), printable(model.cacheKey),
                  model.size ? size(*model.size) : "missing"});
     }
-    text_ += wrapped(heading, width_, 2) + '\n' + table.text(width_, "  ");
+    text_ += wrapped(heading, width_, 2) + table.text(width_, "  ");
   }
 
   void addFindings() {
@@ -198,15 +236,12 @@ class TextReport {
     text_ += report_.findings.empty() ? "\nNo findings\n" : "\nFindings\n";
     for (const Finding& finding : report_.findings) {
       const std::string name = cut(printable(finding.name), width_ / 2);
-      text_ +=
-          "  ! " + wrapped(name + (name.empty() ? "" : " ") + finding.text, width_ - 4, 4) + '\n';
+      text_ += "  ! " + wrapped(name + (name.empty() ? "" : " ") + finding.text, width_ - 4, 4);
     }
     if (report_.metadata != "missing" && report_.metadata != "present" &&
         report_.metadata != "cannot be read" && ::access(report_.root.c_str(), W_OK) == 0) {
-      text_ +=
-          wrapped("Every operation of the cache fails until --recover sets metadata.json aside",
-                  width_, 0) +
-          '\n';
+      text_ += wrapped(
+          "Every operation of the cache fails until --recover sets metadata.json aside", width_, 0);
     }
   }
 
@@ -216,6 +251,35 @@ class TextReport {
 };
 
 }  // namespace
+
+std::string toUtf8(std::string_view bytes,
+                   const std::function<std::string(std::string_view)>& replace) {
+  std::string text;
+  for (std::size_t begin = 0, end = 0; begin < bytes.size(); begin = end) {
+    const auto character = decodeUtf8(bytes, end);
+    const std::string_view run = bytes.substr(begin, end - begin);
+    text += character && !isObeyed(*character) ? std::string(run) : replace(run);
+  }
+  return text;
+}
+
+std::string printable(std::string_view bytes) {
+  return toUtf8(bytes, [](std::string_view run) {
+    std::string text;
+    for (const char byte : run) {
+      text += "\\x" + boost::algorithm::hex_lower(std::string(1, byte));
+    }
+    return text;
+  });
+}
+
+std::size_t columns(std::string_view text) {
+  std::size_t sum = 0;
+  for (std::size_t at = 0, width = 0; at < text.size(); sum += width) {
+    at = next(text, at, width);
+  }
+  return sum;
+}
 
 std::string toText(const Report& report, std::size_t width) {
   return TextReport(report, width).text();

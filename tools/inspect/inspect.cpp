@@ -4,13 +4,10 @@
 #include <boost/filesystem/directory.hpp>
 #include <boost/filesystem/operations.hpp>
 #include <exception>
-#include <map>
 #include <memory>
 #include <set>
 #include <stdexcept>
-#include <string_view>
 #include <unordered_set>
-#include <utility>
 
 #include "delivery/FileCache/CacheEvictor.h"
 #include "delivery/FileCache/CacheKey.h"
@@ -84,10 +81,7 @@ class Inspection {
       judgeBudget(*options_.budget);
     }
     takeEntries();
-    inspectVersions(report_);
-    if (options_.verify) {
-      verify(report_);
-    }
+    inspectVersions(report_, options_.verify);
     return std::move(report_);
   }
 

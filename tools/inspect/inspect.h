@@ -2,17 +2,12 @@
 
 #include <cstdint>
 #include <functional>
-#include <iosfwd>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 /// The parts of modelcache-inspect. Sizes are in bytes, times in milliseconds since 1970.
 namespace zentrel::vistabase::ardelivery::inspect {
@@ -105,21 +100,15 @@ std::string readOwnFile(Report& report, const std::string& name,
                         const std::function<void(const std::string&)>& read);
 /// Bytes of a file, or of those below a folder, as the cache counts them; none if it would fail.
 std::optional<std::int64_t> measure(const std::string& path);
-/// Adds the versions of the index and of a store's table.
-void inspectVersions(Report& report);
-/// Reads the files of which a store has recorded the digest; those that differ are findings.
-void verify(Report& report);
-/// The width of lines that are not to be fitted to anything.
-constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
-/// For people, in lines of `width` columns at most.
+/// Adds the versions of the index and of a store's table. If `isVerifying`, reads the files whose
+/// digests the store has recorded, too; those that differ are findings.
+void inspectVersions(Report& report, bool isVerifying);
+/// For people, in lines of `width` columns at most; SIZE_MAX is no limit.
 std::string toText(const Report& report, std::size_t width);
 /// For scripts: a line of JSON, with the names as above. Of a text that is not harmless UTF-8,
 /// "NAMEHex" has the bytes in hexadecimal digits.
 std::string toJson(const Report& report);
 std::string toJson(const std::string& root, const std::string& error);
-/// What a build installs: a page for man, and completion for bash.
-void writeManual(const CLI::App& app, std::ostream& out);
-void writeCompletion(const CLI::App& app, std::ostream& out);
 /// The bytes as harmless UTF-8, with what `replace` gives for each run of bytes that is no
 /// character, or is one that a terminal obeys.
 std::string toUtf8(std::string_view bytes,
@@ -128,7 +117,5 @@ std::string toUtf8(std::string_view bytes,
 std::string printable(std::string_view bytes);
 /// Columns that a printable text takes.
 std::size_t columns(std::string_view text);
-/// A printable text with its middle cut out, so that it takes at most `width` columns.
-std::string cut(const std::string& text, std::size_t width);
 
 }  // namespace zentrel::vistabase::ardelivery::inspect

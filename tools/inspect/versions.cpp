@@ -1,7 +1,12 @@
+#include <openssl/evp.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <boost/algorithm/hex.hpp>
+#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/crc.hpp>
-#include <cctype>
-#include <exception>
+#include <cstdio>
+#include <fstream>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -71,8 +76,7 @@ bool readLine(std::istringstream words, StoreTable& table) {
       return false;
     }
     file.cacheKey = file.name;
-    std::transform(file.sha256->begin(), file.sha256->end(), file.sha256->begin(),
-                   [](unsigned char digit) { return static_cast<char>(std::tolower(digit)); });
+    boost::algorithm::to_lower(*file.sha256);
     table.versions.back().models.push_back(std::move(file));
   }
   return !words.fail();
@@ -89,9 +93,8 @@ StoreTable parseTable(const std::string& text) {
   }
   StoreTable table;
   std::istringstream lines(text.substr(0, end));
-  int number = 0;
-  for (std::string line; std::getline(lines, line);) {
-    ++number;
+  int number = 1;
+  for (std::string line; std::getline(lines, line); ++number) {
     if (!line.empty() && !readLine(std::istringstream(line), table)) {
       throw std::runtime_error("line " + std::to_string(number) + " makes no sense");
     }
@@ -173,11 +176,7 @@ void matchFiles(Report& report) {
         continue;
       }
       Entry& entry = *found->second;
-      if (entry.name != model.name) {
-        model.size = measure(report.root + '/' + model.name);
-      } else if (entry.state != "only recorded") {
-        model.size = entry.sizeOnDisk.value_or(0);
-      }
+      model.size = measure(report.root + '/' + model.name);
       if (entry.versions.empty() || entry.versions.back() != version.version) {
         entry.versions.push_back(version.version);
       }
@@ -229,9 +228,55 @@ void judge(Version& version, Report& report) {
   }
 }
 
+/// The file's digest in hexadecimal digits, lower case; none if it cannot be read.
+std::optional<std::string> sha256Of(const std::string& path) {
+  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(),
+                                                                        &EVP_MD_CTX_free);
+  std::ifstream file(path, std::ios::binary);
+  bool isGood = file && EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1;
+  std::vector<char> buffer(std::size_t{1} << 18);
+  while (isGood && file) {
+    file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+    isGood = !file.bad() && EVP_DigestUpdate(context.get(), buffer.data(),
+                                             static_cast<std::size_t>(file.gcount())) == 1;
+  }
+  unsigned char digest[EVP_MAX_MD_SIZE];
+  unsigned length = 0;
+  if (!isGood || EVP_DigestFinal_ex(context.get(), digest, &length) != 1) {
+    return std::nullopt;
+  }
+  return boost::algorithm::hex_lower(std::string(digest, digest + length));
+}
+
+void verify(Report& report) {
+  std::set<std::pair<std::string, std::string>> expected;  // By name and digest.
+  for (const Version& version : report.versions) {
+    for (const Model& model : version.models) {
+      if (model.sha256 && model.size == model.recordedSize) {  // Others are findings already.
+        expected.emplace(model.name, *model.sha256);
+      }
+    }
+  }
+  const bool isTerminal = ::isatty(STDERR_FILENO) == 1;
+  report.verifiedFiles = 0;
+  for (const auto& [name, sha256] : expected) {
+    if (isTerminal) {
+      std::fprintf(stderr, "\r%llu of %zu files verified",
+                   static_cast<unsigned long long>(*report.verifiedFiles), expected.size());
+    }
+    if (const auto digest = sha256Of(report.root + '/' + name); digest != sha256) {
+      report.find(name, digest ? "differs from its recorded digest" : "cannot be read");
+    }
+    ++*report.verifiedFiles;
+  }
+  if (isTerminal) {
+    std::fputs("\r\x1b[K", stderr);
+  }
+}
+
 }  // namespace
 
-void inspectVersions(Report& report) {
+void inspectVersions(Report& report, bool isVerifying) {
   readIndex(report);
   if (const std::optional<StoreTable> table = readTable(report)) {
     addTable(*table, report);
@@ -246,6 +291,9 @@ void inspectVersions(Report& report) {
   }
   if (capabilities.size() > 1) {
     report.find({}, "face tracking and segmentation overwrite each other's versions in one index");
+  }
+  if (isVerifying) {
+    verify(report);
   }
 }
 
