@@ -12,39 +12,6 @@ import org.junit.jupiter.params.provider.CsvSource;
 class FileCacheTest extends CacheFixture {
     private static final byte[] BYTES = {0, -1, 127, -128, 0};
 
-    private void assertHasNothing(String key) {
-        assertNull(mCache.getCacheEntry(key));
-        assertNull(mCache.getCacheEntryWithoutPromotion(key));
-        assertFalse(mCache.updateExtra(key, BYTES));
-        assertFalse(mCache.remove(key));
-        assertEquals(0, mCache.getAllMetas().length);
-        assertEquals(0, mCache.getSize());
-    }
-
-    @Test
-    void anEntryLivesUntilItIsRemoved() throws Exception {
-        assertHasNothing("model");
-        Path path = put("model", 5);
-        mCache = new FileCacheBasicImpl(mRoot.toString(), 10);
-        assertEquals(path.toString(), mCache.getCacheEntry("model").getPath());
-        assertEquals(path.toString(), mCache.getCacheEntryWithoutPromotion("model").getPath());
-        assertEquals(5, mCache.getSize());
-        assertTrue(mCache.remove("model"));
-        assertFalse(Files.exists(path));
-        assertHasNothing("model");
-    }
-
-    @Test
-    void extraBytesComeBackInDirectBuffers() throws Exception {
-        put("model", 1);
-        for (byte[] extra : new byte[][] {BYTES, {}, new byte[100_000]}) {
-            assertTrue(mCache.updateExtra("model", extra));
-            ByteBuffer buffer = mCache.getAllMetas()[0].getValue().getExtra();
-            assertTrue(buffer.isDirect());
-            assertEquals(ByteBuffer.wrap(extra), buffer);
-        }
-    }
-
     @Test
     void buffersOfManyMetasOutliveThem() throws Exception {
         Files.createDirectory(mRoot.resolve("extra"));
@@ -65,17 +32,12 @@ class FileCacheTest extends CacheFixture {
 
     @Test
     void sizesAndBudgetsMayBeBeyondAnInt() throws Exception {
-        Path big = Files.createFile(mRoot.resolve("big"));
+        Files.createFile(mRoot.resolve("big"));
         Files.write(mRoot.resolve("metadata.json"), Collections.singleton(
                 "{\"entries\":[{\"key\":\"big\",\"size\":7000000001,\"lastAccess\":1}]}"));
         mCache = new FileCacheBasicImpl(mRoot.toString(), 7_000_000_002L);
-        Path small = put("small", 1);
+        put("small", 1);
         assertEquals(7_000_000_002L, mCache.getSize(), "the budget is just kept");
-        mCache.getCacheEntry("small");
-        Files.write(small, new byte[2]);
-        mCache.commit("small");
-        assertFalse(Files.exists(big));
-        assertTrue(Files.exists(small));
     }
 
     @ParameterizedTest
@@ -94,10 +56,17 @@ class FileCacheTest extends CacheFixture {
             put(key, 7);
         }
         assertEquals(mRoot + "/" + name, mCache.getCacheEntry(key).getPath());
-        if (!name.contains("/")) {
-            assertTrue(mCache.updateExtra(key, BYTES));
-            assertEquals(name, mCache.getAllMetas()[0].getKey());
+        assertEquals(mRoot + "/" + name, mCache.getCacheEntryWithoutPromotion(key).getPath());
+        for (byte[] extra : name.contains("/") ? new byte[0][] : new byte[][] {BYTES, {}}) {
+            assertTrue(mCache.updateExtra(key, extra));
+            Map.Entry<String, ARDFileResourceMeta> meta = mCache.getAllMetas()[0];
+            assertEquals(name, meta.getKey());
+            assertTrue(meta.getValue().getExtra().isDirect());
+            assertEquals(ByteBuffer.wrap(extra), meta.getValue().getExtra());
         }
+        assertTrue(mCache.remove(key));
+        assertNull(mCache.getCacheEntry(key));
+        assertNull(mCache.getCacheEntryWithoutPromotion(key));
     }
 
     @Test
@@ -106,8 +75,12 @@ class FileCacheTest extends CacheFixture {
         assertFalse(mCache.recoverMetadata());
         for (int size : new int[] {1, 2}) { // The newest is kept.
             Files.write(mRoot.resolve("metadata.json"), new byte[size]);
-            assertHasNothing("gone");
             assertNull(mCache.insertAndLock("model"));
+            assertNull(mCache.getCacheEntry("model"));
+            assertFalse(mCache.updateExtra("model", BYTES));
+            assertFalse(mCache.remove("gone"));
+            assertEquals(0, mCache.getAllMetas().length);
+            assertEquals(0, mCache.getSize());
             mCache.commit("model");
             mCache.unlock("model");
             mCache.flush();
