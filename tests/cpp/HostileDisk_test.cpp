@@ -6,7 +6,6 @@
 #include "tests/cpp/FileCacheCalls.h"
 #include "tests/cpp/ObservedStorage.h"
 #include "tests/cpp/SoftErrorRecorder.h"
-#include "tests/cpp/SystemCalls.h"
 #include "tests/cpp/TemporaryDirectory.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -63,24 +62,6 @@ TEST_F(HostileDisk, mayNotLetACacheReloadWhichThenAnswersNeutrallyWithOneReport)
   EXPECT_EQ("kept", root_.read("damaged/k"));
   EXPECT_EQ("kept", root_.read("linked/k"));
   EXPECT_EQ("1", root_.read("file"));
-}
-
-TEST_F(HostileDisk, mayBeFullWhichCutsTheMetadataShort) {
-  root_.write("k", "1");
-  EXPECT_NE(nullptr, cache_->getCacheEntry("k"));
-  {
-    SystemCalls system;
-    system.mostBytes = 10;
-    system.errorOf = [left = 1](auto call) mutable {
-      return call == "write" && left-- <= 0 ? ENOSPC : 0;
-    };
-    cache_->unlock("k");
-  }
-  EXPECT_THAT(takeErrors(), ElementsAre("Error for unlock: Could not open file."));
-  EXPECT_FALSE(cache_->updateExtra("k", BytesVector(11)));
-  EXPECT_THAT(takeErrors(), ElementsAre(HasSubstr("Deserializing failed: '{\"entries\"' with ")));
-  EXPECT_EQ(MetadataRecovery::SetAside, recoverMetadata(root_.path()));
-  EXPECT_TRUE(cache_->updateExtra("k", BytesVector(11)));
 }
 
 TEST_F(HostileDisk, hasNoNamesAsLongAsThat) {
