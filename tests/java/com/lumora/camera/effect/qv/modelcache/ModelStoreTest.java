@@ -81,7 +81,10 @@ class ModelStoreTest {
         update(mStore, 1);
         try (Update update = mStore.begin(2, files(2))) {
             assertEquals(files(2).subList(0, 2), update.missing());
+            // Beside each other, which the store would refuse if a writer held its lock.
+            ModelWriter other = update.write(files(2).get(1));
             download(update, files(2).get(0), 2);
+            other.close();
             assertEquals(files(2).subList(1, 2), update.missing());
             assertEquals(asList(1), mStore.versions());
             assertThrows(IllegalStateException.class, update::activate);

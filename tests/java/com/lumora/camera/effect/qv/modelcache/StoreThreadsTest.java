@@ -122,22 +122,4 @@ class StoreThreadsTest {
                 (store, random) -> store.remove("own"),
                 (store, random) -> assertTrue(store.size() <= 1000)));
     }
-
-    /** On one thread, which the store would refuse if it held its lock for a writer. */
-    @Test
-    void filesOfAnUpdateAreWrittenSideBySide() throws Exception {
-        try (ModelStore store = Samples.open(mRoot);
-                Update update = store.begin(1, files(1))) {
-            List<ModelWriter> writers = new ArrayList<>();
-            for (ModelFile file : update.missing()) {
-                writers.add(update.write(file));
-                writers.get(writers.size() - 1).write(bytes(file.type(), 1));
-            }
-            for (ModelWriter writer : writers) {
-                writer.commit();
-            }
-            update.activate();
-            assertActive(1, store);
-        }
-    }
 }
