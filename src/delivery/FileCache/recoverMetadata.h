@@ -18,7 +18,8 @@ enum class MetadataRecovery {
 /// every entry again, as not used recently; entries and their extra bytes stay.
 ///
 /// Throws std::exception, with the file in its place, when it cannot be looked into (which is no
-/// proof of damage) or renamed. May be called beside a cache that replaces the file.
+/// proof of damage) or renamed. A cache may replace the file by a rename meanwhile, but not write
+/// it in place, as FileCacheImpl does: half of the text looks damaged.
 MetadataRecovery recoverMetadata(const std::string& root);
 
 /// The same on the given storage.

@@ -84,6 +84,9 @@ class Builder {
 std::string toDecimal(double number) {
   const std::string text = boost::json::serialize(JsonValue(number));  // As in -1.25E-3.
   const std::size_t mark = text.find('E');
+  if (mark == std::string::npos) {
+    return text;
+  }
   const int exponent = std::stoi(text.substr(mark + 1));
   const std::string sign(text[0] == '-' ? 1 : 0, '-');
   std::string scientific = text.substr(sign.size(), mark - sign.size());
