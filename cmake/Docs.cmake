@@ -29,5 +29,6 @@ if(MODELCACHE_JNI AND Java_JAVADOC_EXECUTABLE)
   add_custom_command(TARGET modelcache_docs POST_BUILD VERBATIM
     COMMAND ${Java_JAVADOC_EXECUTABLE} -quiet -Xdoclint:all -Werror -encoding UTF-8
       -d ${PROJECT_BINARY_DIR}/docs/java
+      -classpath ${JETBRAINS_ANNOTATIONS_JAR}
       -sourcepath ${PROJECT_SOURCE_DIR}/java -subpackages com)
 endif()

@@ -82,7 +82,7 @@ class Builder {
 /// The shortest text that reads back as the same value, with an exponent where that is shorter.
 /// Not by std::to_chars, whose tables for doubles would be a fifth of the library that apps ship.
 std::string toDecimal(double number) {
-  const std::string text = boost::json::serialize(JsonValue(number));  // As in -1.25E-3.
+  std::string text = boost::json::serialize(JsonValue(number));  // As in -1.25E-3.
   const std::size_t mark = text.find('E');
   if (mark == std::string::npos) {
     return text;
