@@ -118,12 +118,10 @@ std::vector<std::pair<std::string, FileCacheEntryMeta>> FileCacheImpl::getAllMet
 }
 
 IFileCache::MemContainsStatus FileCacheImpl::memContains(const std::string& key) {
-  if (isRefused(key)) {
-    return MemContainsStatus::Absent;  // A question, to which that is the answer: nothing failed.
-  }
-  const std::string name = escapeKey(key);
   ensureLoaded();
-  if (!metadata_->hasEntry(name)) {
+  // A refused key is no error here: that it is absent answers the question.
+  const std::string name = escapeKey(key);
+  if (isRefused(key) || !metadata_->hasEntry(name)) {
     return MemContainsStatus::Absent;
   }
   metadata_->touchEntry(name);
