@@ -67,7 +67,7 @@ expect 0 'No findings' --check all/fine
 expect 1 'exceeds the budget by 1 bytes' --check --budget 0 all/fine
 expect 1 'parse error: incomplete JSON at byte 38, after .*"last' --check all/unparsable
 expect 1 "metadata.json is damaged: entries\\[1\\]: missing member .size.$nl.*--recover" --check all/misshapen
-expect 1 'versioned_index is damaged: versions\[0\]: missing member "models"' --check all/blind
+expect 1 'versioned_index is damaged: versions\[0\].models: type error: expected array, found null' --check all/blind
 expect 1 'metadata.json is no file.*socket cannot be measured: every operation of the cache fails.*extra is no folder' --check all/odd
 expect 1 '-8.0 EiB of a budget of 0 B: 8.0 EiB left' --check --budget 0 all/huge
 

@@ -69,7 +69,7 @@ TEST_F(FileCacheImplTest, refusesKeysThatAreNotForFilesBeforeAnythingIsCalled) {
     for (const FileCacheCall& operation : kFileCacheCalls) {
       if (operation.takesKey() && operation.label != "memContains") {
         EXPECT_EQ("Refused the key '" + quoted + "': " + reason,
-                  errorOf([&, &key = key] { operation.call(*cache, key); }))
+                  errorOf([&, &refused = key] { operation.call(*cache, refused); }))
             << operation.signature;
       }
     }

@@ -18,6 +18,18 @@ std::string rewritten(const std::string& text) {
   return serializer.serialize(*serializer.deserialize(text));
 }
 
+/// What the message about a text says after the quotation.
+template <class Serializer>
+std::string failureOf(const std::string& text) {
+  try {
+    Serializer().deserialize(text);
+  } catch (const std::runtime_error& error) {
+    const std::string quoted = "Deserializing failed: '" + text + "' with exception: ";
+    return std::string(error.what()).substr(quoted.size());
+  }
+  return "";
+}
+
 TEST(Serializers, writeCompactDocumentsOfWhateverTheyAccept) {
   const std::string empty = R"({"entries":[]})";
   const std::string escaped = R"({"entries":[{"key":"a\"\n","size":-5,"lastAccess":0}]})";
@@ -61,6 +73,21 @@ TEST(Serializers, quoteTheWholeTextOfWhatTheyCannotRead) {
         R"({"versions":[{"version":1,"models":[{"type":"t","cacheKey":[]}]}]})"}) {
     EXPECT_EQ(Reading::Refused, readingOf<CacheDescriptorSerializer>(text)) << text;
   }
+}
+
+TEST(Serializers, tellTheFirstFailureInTheOrderOfTheirLookUps) {
+  const std::pair<std::string, std::string> metadata[] = {
+      {"{}", "entries: type error: expected array, found null"},
+      {"null", "type error: expected object, found null"},
+      {R"({"entries":[{"key":"a","size":null}]})", "entries[0]: missing member \"lastAccess\""},
+      {R"({"entries":[{"key":"a","lastAccess":null}]})", "entries[0]: missing member \"size\""},
+  };
+  for (const auto& [text, failure] : metadata) {
+    EXPECT_EQ(failure, failureOf<CacheMetadataSerializer>(text)) << text;
+  }
+  EXPECT_EQ("versions[0].models[0]: missing member \"cacheKey\"",
+            failureOf<CacheDescriptorSerializer>(
+                R"({"versions":[{"version":1,"models":[{"type":null}]}]})"));
 }
 
 /// Damages a document in every way that a loop can reach: any outcome will do but a wrong message,

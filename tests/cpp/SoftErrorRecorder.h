@@ -15,7 +15,7 @@ class SoftErrorRecorder {
     std::string category, format, message;
   };
 
-  SoftErrorRecorder() : previous_(softerror::setSink(&record)) { records().clear(); }
+  SoftErrorRecorder() : previous_(softerror::setSink({&record, &records()})) { records().clear(); }
   ~SoftErrorRecorder() { softerror::setSink(previous_); }
 
   static std::vector<Record>& records() {
@@ -24,10 +24,10 @@ class SoftErrorRecorder {
   }
 
  private:
-  static void record(const softerror::Report& report) {
-    records().push_back({report.file, report.function, report.line,
-                         static_cast<int>(report.severity), report.category, report.format,
-                         report.message});
+  static void record(const softerror::Report& report, void* records) {
+    static_cast<std::vector<Record>*>(records)->push_back(
+        {report.file, report.function, report.line, static_cast<int>(report.severity),
+         report.category, report.format, report.message});
   }
 
   softerror::Sink previous_;

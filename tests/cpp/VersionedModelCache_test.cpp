@@ -55,7 +55,7 @@ class VersionedModelCacheTest : public testing::Test {
     for (const auto& [name, record] : meaning(*records)) {
       names += record.second == 0 ? "" : name + " ";
     }
-    std::filesystem::remove(root_ / "metadata.json");
+    boost::filesystem::remove(root_ / "metadata.json");
     return names;
   }
 
@@ -102,7 +102,7 @@ TEST_F(VersionedModelCacheTest, promotesWhatItFindsAndWritesOnlyChanges) {
 
 TEST_F(VersionedModelCacheTest, answersWithTheFilesThatAreThere) {
   store({{{1, {{"t", "a"}, {"u", "b"}}}, {2, {{"foreign", "a"}}}}});
-  std::filesystem::remove(root_ / "b");
+  boost::filesystem::remove(root_ / "b");
   EXPECT_THAT(cache_->queryEntries(1), ElementsAre(Pair(0, root_ / "a")));
   EXPECT_EQ("Could not query entries: Could not deserialize type: foreign",
             errorOf([&] { cache_->queryEntries(2); }));

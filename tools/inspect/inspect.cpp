@@ -14,6 +14,7 @@
 #include "delivery/FileCache/CacheMetadata.h"
 #include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
 #include "delivery/FileCache/CacheMetadataSerializer.h"
+#include "delivery/FileNames.h"
 #include "delivery/ModelCache/VersionedModelCacheImpl.h"
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"

@@ -11,6 +11,7 @@
 
 #include "delivery/FileCache/CacheKey.h"
 #include "delivery/FileCache/recoverMetadata.h"
+#include "delivery/FileNames.h"
 #include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "delivery/FileNames.h"
+
 namespace zentrel::vistabase::ardelivery {
 namespace {
 

@@ -4,13 +4,6 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Names in the root that are the cache's own.
-constexpr const char* kMetadataName = "metadata.json";
-constexpr const char* kExtraName = "extra";
-
-/// What a metadata file that cannot be read is renamed to. It begins with a dot: no entry.
-constexpr const char* kDamagedMetadataName = ".metadata.json.damaged";
-
 /// The name of a key's file below the root: each of " * / : < > ? | \ gets a percent sign before
 /// it and is itself kept, so that a/b is the file b in the directory a%. Escaping twice escapes
 /// twice.

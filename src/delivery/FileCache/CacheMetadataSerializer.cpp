@@ -60,6 +60,7 @@ Records readRecords(const JsonValue& root) {
     if (key.empty()) {
       return;
     }
+    json::requireMembers(element, {"size", "lastAccess"});
     CacheMetadataEntry entry;
     entry.size = json::member(element, "size", &json::toInt64);
     entry.lastAccess = json::member(element, "lastAccess", &json::toInt64);

@@ -2,6 +2,7 @@
 
 #include "delivery/FileCache/CacheKey.h"
 #include "delivery/FileCache/CacheMetadata.h"
+#include "delivery/FileNames.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

@@ -3,8 +3,8 @@
 #include <boost/filesystem/path.hpp>
 #include <exception>
 
-#include "delivery/FileCache/CacheKey.h"
 #include "delivery/FileCache/CacheMetadataSerializer.h"
+#include "delivery/FileNames.h"
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"
 

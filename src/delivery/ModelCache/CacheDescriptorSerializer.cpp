@@ -27,6 +27,7 @@ boost::json::object toJson(const VersionRecord& record) {
 VersionRecord toRecord(const JsonValue& version) {
   VersionRecord record{json::member(version, "version", &json::toInt32), {}};
   json::forEach(version, "models", [&record](const JsonValue& model) {
+    json::requireMembers(model, {"type", "cacheKey"});
     record.models.push_back({json::member(model, "type", &json::toString),
                              json::member(model, "cacheKey", &json::toString)});
   });

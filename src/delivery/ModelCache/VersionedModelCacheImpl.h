@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "delivery/FileCache/IFileCache.h"
+#include "delivery/FileNames.h"
 #include "delivery/ModelCache/CacheDescriptor.h"
 #include "delivery/ModelCache/CapabilityModel.h"
 #include "delivery/ModelCache/CapabilityModelTypeSerializer.h"
@@ -27,7 +28,7 @@ class VersionedModelCacheImpl {
  public:
   /// Key of the index's entry. The same for every capability: each belongs in a file cache of its
   /// own.
-  static constexpr const char* kIndexKey = "versioned_index";
+  static constexpr const char* kIndexKey = kIndexName;
 
   /// Touches neither the file cache nor the disk.
   VersionedModelCacheImpl(std::unique_ptr<IFileIO> fileIO,

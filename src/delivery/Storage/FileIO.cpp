@@ -33,7 +33,7 @@ std::size_t initialBufferSize(off_t fileSize, std::size_t limit) {
 
 std::string readWhole(const std::string& path) {
   const FileDescriptor file(
-      retryOnInterrupt([&path] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC, kMode); }));
+      retryOnInterrupt([&path] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }));
   struct stat status = {};
   if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
     throwFailed();

@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "support/posix/listNames.h"
+
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
@@ -25,14 +27,6 @@ using boost::system::error_code;
 
 error_code lastError() {
   return {errno, boost::system::system_category()};
-}
-
-struct DirectoryCloser {
-  void operator()(DIR* directory) const noexcept { ::closedir(directory); }
-};
-
-bool isDotOrDotDot(std::string_view name) {
-  return name == "." || name == "..";
 }
 
 }  // namespace
@@ -85,14 +79,9 @@ std::unordered_set<std::string> FilesystemOperations::listDirectory(const fs::pa
     throwCannotIterate(path, lastError());
   }
   std::unordered_set<std::string> names(10);
-  errno = 0;
-  while (const dirent* const entry = ::readdir(directory.get())) {
-    if (!isDotOrDotDot(entry->d_name)) {
-      names.emplace(entry->d_name);
-    }
-    errno = 0;
-  }
-  if (const error_code error = lastError()) {
+  const int failure =
+      listNames(directory.get(), [&names](std::string_view name) { names.emplace(name); });
+  if (const error_code error{failure, boost::system::system_category()}) {
     if (names.empty()) {
       throwCannotIterate(path, error);
     }

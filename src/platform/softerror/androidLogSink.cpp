@@ -19,7 +19,7 @@ std::string shortened(std::string message) {
 
 }  // namespace
 
-void platformSink(const Report& report) {
+void platformSink(const Report& report, void* /*userData*/) {
   const int priority =
       report.severity == Severity::Recoverable ? ANDROID_LOG_WARN : ANDROID_LOG_ERROR;
   const std::string line = std::string(report.file) + ":" + std::to_string(report.line) + ", " +

@@ -1,21 +1,53 @@
 #include "platform/softerror/softerror.h"
 
-#include <atomic>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace softerror {
 namespace {
 
-std::atomic<Sink> currentSink{&platformSink};
-std::atomic<Sink> currentObserver{nullptr};
+/// A sink that may be replaced while others read it: never one's function with another's data.
+class SharedSink {
+ public:
+  explicit SharedSink(Sink sink) noexcept : sink_(sink) {}
 
-void give(const Report& report, Sink receiver) noexcept {
+  Sink get() noexcept {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    return sink_;
+  }
+
+  Sink exchange(Sink sink) noexcept {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    return std::exchange(sink_, sink);
+  }
+
+ private:
+  std::mutex mutex_;
+  Sink sink_;
+};
+
+// Neither is destroyed, since a cache may report while the process exits.
+SharedSink& currentSink() noexcept {
+  static SharedSink& sink = *new SharedSink({&platformSink, nullptr});
+  return sink;
+}
+
+SharedSink& currentObserver() noexcept {
+  static SharedSink& observer = *new SharedSink({});
+  return observer;
+}
+
+void give(const Report& report, const Sink& sink) noexcept {
+  if (sink.receive == nullptr) {
+    return;
+  }
   try {
-    receiver(report);
+    sink.receive(report, sink.userData);
   } catch (...) {
     // There is no further place to report to.
   }
@@ -28,11 +60,11 @@ const char* orNull(const char* text) {
 }  // namespace
 
 Sink setSink(Sink sink) noexcept {
-  return currentSink.exchange(sink == nullptr ? &platformSink : sink);
+  return currentSink().exchange(sink.receive == nullptr ? Sink{&platformSink, nullptr} : sink);
 }
 
 void setObserver(Sink observer) noexcept {
-  currentObserver = observer;
+  currentObserver().exchange(observer);
 }
 
 void printSoftError(const char* file, const char* function, int line, Severity severity,
@@ -66,10 +98,8 @@ void printSoftError(const char* file, const char* function, int line, Severity s
 
   const Report report = {orNull(file),     orNull(function), line,   severity,
                          orNull(category), orNull(format),   message};
-  give(report, currentSink);
-  if (const Sink observer = currentObserver) {
-    give(report, observer);
-  }
+  give(report, currentSink().get());
+  give(report, currentObserver().get());
 }
 
 }  // namespace softerror

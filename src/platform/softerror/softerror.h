@@ -20,19 +20,24 @@ struct Report {
   const char* message;   ///< The formatted message.
 };
 
-/// Receives reports, on the thread that reports. An exception that it throws is dropped.
-using Sink = void (*)(const Report& report);
+/// Receives reports, on the thread that reports; several threads may be in it at once. An exception
+/// that it throws is dropped.
+struct Sink {
+  void (*receive)(const Report& report, void* userData) = nullptr;
+  void* userData = nullptr;  ///< Passed to each call. It is never freed here.
+};
 
 /// Writes a report where the platform keeps its log: the system log on Android, elsewhere one line
-/// on standard error.
-void platformSink(const Report& report);
+/// on standard error. The user data is not used.
+void platformSink(const Report& report, void* userData);
 
-/// Sends all further reports to `sink`, or to `platformSink` when it is null. Returns the sink that
-/// was in place. May be called from any thread.
+/// Sends all further reports to `sink`, or to `platformSink` when its function is null. Returns the
+/// sink that was in place, which may still be running on another thread: keep its user data until
+/// no such thread can be inside it. May be called from any thread.
 Sink setSink(Sink sink) noexcept;
 
-/// Has `observer` receive all further reports too, after the sink, or nothing when it is null. An
-/// exception that it throws is dropped. May be called from any thread.
+/// Has `observer` receive all further reports too, after the sink, or nothing when its function is
+/// null. Otherwise as `setSink`.
 void setObserver(Sink observer) noexcept;
 
 /// Formats a report and hands it to the sink. Never throws, whatever the arguments: a null text is

@@ -48,7 +48,7 @@ void appendOnOneLine(std::string& line, const char* text) {
 
 }  // namespace
 
-void platformSink(const Report& report) {
+void platformSink(const Report& report, void* /*userData*/) {
   std::string line = "soft error [";
   appendOnOneLine(line, report.category);
   line += ", severity " + std::to_string(static_cast<int>(report.severity)) + "]: ";

@@ -1,5 +1,6 @@
 #include "support/json/JsonValue.h"
 
+#include <locale.h>
 #include <algorithm>
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/kind.hpp>
@@ -16,6 +17,15 @@ namespace zentrel::vistabase::ardelivery::json {
 namespace {
 
 constexpr const char* kScalar = "int/double/bool/string";
+
+/// The double next to a JSON number, as strtod rounds it, whatever locale the process has set.
+double nearestDouble(std::string_view number) {
+  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+  const locale_t previous = uselocale(plain);
+  const double nearest = std::strtod(std::string(number).c_str(), nullptr);
+  uselocale(previous);
+  return nearest;
+}
 
 /// Receives what the parser finds, and makes a value of it.
 class Builder {
@@ -55,11 +65,11 @@ class Builder {
   static bool on_comment_part(Text, Code&) { return true; }
   static bool on_comment(Text, Code&) { return true; }
 
-  bool on_double(double number, Text text, Code&) {
-    // The parser rounds integers that are too large for it. The text is whole, since it comes from
-    // one buffer.
+  bool on_double(double, Text text, Code&) {
+    // The parser's own double may be off by one bit, and it rounds integers that are too large for
+    // it. The text is whole, since it comes from one buffer.
     const bool isInteger = text.find_first_of(".eE") == Text::npos;
-    return stack_.push_double(isInteger ? kOutOfRange : number), true;
+    return stack_.push_double(isInteger ? kOutOfRange : nearestDouble(text)), true;
   }
 
  private:
@@ -70,9 +80,9 @@ class Builder {
   boost::json::value_stack stack_;
 };
 
-[[noreturn]] void throwTypeError(const char* expected, const JsonValue& value) {
-  throw Error(std::string("type error: expected ") + expected + ", found " +
-              std::string(boost::json::to_string(value.kind())));
+Error typeError(const char* expected, const JsonValue& value) {
+  return Error(std::string("type error: expected ") + expected + ", found " +
+               std::string(boost::json::to_string(value.kind())));
 }
 
 [[noreturn]] void throwConversionError(const std::string& text, const char* target) {
@@ -105,6 +115,14 @@ std::string toDecimal(double number) {
   scientific += exponent < 0 ? "e-" : "e+";
   scientific += (std::abs(exponent) < 10 ? "0" : "") + std::to_string(std::abs(exponent));
   return sign + (fixed.size() <= scientific.size() ? fixed : scientific);
+}
+
+/// Null when there is no such member.
+const JsonValue* find(const JsonValue& object, std::string_view name) {
+  if (!object.is_object()) {
+    throw typeError("object", object);
+  }
+  return object.get_object().if_contains(name);
 }
 
 double requireInRange(double number) {
@@ -157,23 +175,25 @@ std::string write(const JsonValue& value) {
 }
 
 const JsonValue& member(const JsonValue& object, std::string_view name) {
-  if (!object.is_object()) {
-    throwTypeError("object", object);
-  }
-  const JsonValue* const found = object.get_object().if_contains(name);
+  const JsonValue* const found = find(object, name);
   if (found == nullptr) {
     throw Error("missing member \"" + std::string(name) + "\"");
   }
   return *found;
 }
 
+void requireMembers(const JsonValue& object, std::initializer_list<std::string_view> names) {
+  for (const std::string_view name : names) {
+    member(object, name);
+  }
+}
+
 const boost::json::array& arrayMember(const JsonValue& object, std::string_view name) {
-  return *member(object, name, [](const JsonValue& value) {
-    if (!value.is_array()) {
-      throwTypeError("array", value);
-    }
-    return &value.get_array();
-  });
+  const JsonValue* const found = find(object, name);
+  if (found == nullptr || !found->is_array()) {
+    throw typeError("array", found == nullptr ? JsonValue() : *found).within(std::string(name));
+  }
+  return found->get_array();
 }
 
 std::string toString(const JsonValue& value) {
@@ -187,7 +207,7 @@ std::string toString(const JsonValue& value) {
     case boost::json::kind::bool_:
       return value.get_bool() ? "1" : "0";
     default:
-      throwTypeError(kScalar, value);
+      throw typeError(kScalar, value);
   }
 }
 
@@ -202,7 +222,7 @@ std::int64_t toInt64(const JsonValue& value) {
     case boost::json::kind::bool_:
       return value.get_bool() ? 1 : 0;
     default:
-      throwTypeError(kScalar, value);
+      throw typeError(kScalar, value);
   }
 }
 

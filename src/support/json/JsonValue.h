@@ -3,6 +3,7 @@
 #include <boost/json/value.hpp>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -79,7 +80,11 @@ auto member(const JsonValue& object, std::string_view name, const Convert& conve
   }
 }
 
-/// The member of that name, which must be an array, for `forEach`.
+/// Throws unless `object` is an object that has all of these members: for a reader that looks up
+/// several before it converts the first.
+void requireMembers(const JsonValue& object, std::initializer_list<std::string_view> names);
+
+/// The member of that name, which must be an array, for `forEach`. A missing one counts as null.
 const boost::json::array& arrayMember(const JsonValue& object, std::string_view name);
 
 /// Calls `read` with each element of the member of that name, which must be an array; what `read`

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <utility>
 
 namespace zentrel::vistabase::ardelivery {
 
@@ -31,6 +32,9 @@ class FileDescriptor {
 
   /// Closes the descriptor now; false when that failed, or when there was none.
   bool close() noexcept;
+
+  /// Gives the descriptor up, to another owner.
+  int release() noexcept { return std::exchange(descriptor_, -1); }
 
  private:
   int descriptor_;
