@@ -20,8 +20,7 @@ using Reports = std::vector<SoftErrorRecorder::Record>;
 enum class Faults { One, OneUnknown, FromThereOn };
 
 std::ptrdiff_t openDescriptors() {
-  const std::filesystem::directory_iterator all("/proc/self/fd");
-  return std::distance(begin(all), end(all));
+  return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 /// A root with a few entries, and the cache over it. Committing "k" evicts "victim"; no operation
@@ -142,15 +141,15 @@ TEST(FailingStorage, leavesTheVersionedCacheWithAnExceptionOrAnIncompleteAnswer)
       std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}});
   for (const auto& [call, expectedErrors] : kVersionedCalls) {
     std::set<std::string> errors;
-    const auto run = [&, &call = call](FailingCache& it) {
+    const auto run = [&, &make = call](FailingCache& it) {
       VersionedModelCacheImpl versions(std::make_unique<ObservedFileIO>(it.observer),
                                        std::make_unique<CacheDescriptorSerializer>(), it.cache,
                                        types);
       try {
-        return call(versions), std::string();
+        return make(versions), std::string();
       } catch (const std::runtime_error& error) {
         it.observer.hook = [](auto&) {};
-        EXPECT_NO_THROW(call(versions)) << "it tries again";
+        EXPECT_NO_THROW(make(versions)) << "it tries again";
         errors.insert(error.what());
         return std::string(error.what());
       }

@@ -45,7 +45,7 @@ TEST_F(HostileDisk, mayNotLetACacheReloadWhichThenAnswersNeutrallyWithOneReport)
   root_.write("damaged/metadata.json", "{\"ent");
   root_.write("damaged/k", "kept");
   root_.write("linked/k", "kept");
-  std::filesystem::create_symlink("/proc/self/mem", root_ / "linked/metadata.json");
+  boost::filesystem::create_symlink("/proc/self/mem", root_ / "linked/metadata.json");
   for (const auto& [root, cause] : cases) {
     const auto cache = createFileCache(root, 0);
     for (const FileCacheCall& operation : kFileCacheCalls) {
@@ -83,10 +83,10 @@ TEST_F(HostileDisk, mayHaveLinksWhoseTargetsStay) {
   for (const bool evict : {false, true}) {
     root_.write("entry/own", "1");
     for (const std::string link : {"file", "entry/file"}) {
-      std::filesystem::create_symlink(outside / "file", root_ / link);
+      boost::filesystem::create_symlink(outside / "file", root_ / link);
     }
     for (const std::string link : {"dir", "entry/dir", "slash%", "dot%"}) {
-      std::filesystem::create_symlink(outside / "dir", root_ / link);
+      boost::filesystem::create_symlink(outside / "dir", root_ / link);
     }
     if (evict) {
       cache->commit("dir");
@@ -107,10 +107,10 @@ TEST_F(HostileDisk, hasMetadataSetAsideOnlyWhenItCannotBeRead) {
     root_.write(inFolder, "{");
     EXPECT_EQ(Is::SetAside, recoverMetadata(root_.path())) << inFolder;
     EXPECT_EQ(0, cache_->getSize());
-    std::filesystem::remove(file);
+    boost::filesystem::remove(file);
   }
   EXPECT_TRUE(root_.has(".metadata.json.damaged/b"));
-  std::filesystem::create_symlink("/proc/self/mem", file);
+  boost::filesystem::create_symlink("/proc/self/mem", file);
   EXPECT_THROW(recoverMetadata(root_.path()), std::runtime_error) << "it may be a good one";
   EXPECT_TRUE(root_.has("metadata.json"));
 }

@@ -28,9 +28,10 @@ struct FakeVm {
   int pending = 0, localRefs = 0, pinnedArrays = 0;
   jbyte bytes[3] = {1, -2, 3};
 
-  JNINativeInterface_ functions = {};
+  // Their types have other names on Android.
+  std::decay_t<decltype(*JNIEnv::functions)> functions = {};
   JNIEnv env{&functions};
-  JNIInvokeInterface_ vmFunctions = {};
+  std::decay_t<decltype(*JavaVM::functions)> vmFunctions = {};
   JavaVM vm{&vmFunctions};
   jni::JniEnvCacher cacher{&env};
 
@@ -67,6 +68,7 @@ struct FakeVm {
     functions.SetLongField = [](JNIEnv*, jobject, jfieldID, jlong to) { current->field = to; };
     functions.DeleteLocalRef = [](JNIEnv*, jobject) { --current->localRefs; };
     functions.ExceptionCheck = [](JNIEnv*) { return jboolean(current->pending != 0); };
+    functions.ExceptionClear = [](JNIEnv*) { current->pending = 0; };
     functions.Throw = [](JNIEnv*, jthrowable) { return current->pending++, JNI_OK; };
     functions.GetArrayLength = [](JNIEnv*, jarray) { return 3; };
     functions.GetByteArrayElements = [](JNIEnv*, jbyteArray, jboolean*) {
@@ -80,6 +82,7 @@ struct FakeVm {
 
 TEST(Jni, registersEachMergedLibraryWhoseNativesAreThenRegisteredOnce) {
   FakeVm fake;
+  fake.missingClass = kStoreNativesClass;  // As in an app that was shrunken to the raw classes.
   EXPECT_EQ(JNI_VERSION_1_6, JNI_OnLoad(&fake.vm, nullptr));
   const auto libraries = std::exchange(fake.registered, {});
   ASSERT_EQ(4u, libraries.size());
@@ -90,11 +93,12 @@ TEST(Jni, registersEachMergedLibraryWhoseNativesAreThenRegisteredOnce) {
     EXPECT_EQ(0, load(&fake.env, nullptr));
     EXPECT_EQ(0, load(&fake.env, nullptr));
   }
-  EXPECT_EQ(6u, fake.found.size()) << "the mapping, and five classes that have natives";
+  EXPECT_EQ(7u, fake.found.size()) << "the mapping, five classes that have natives, and no stores";
+  EXPECT_EQ(0, fake.pending);
   for (const auto& [name, native] : fake.registered) {
     EXPECT_EQ(1u, native.size()) << name;
   }
-  softerror::setObserver(nullptr);
+  softerror::setObserver({});
 }
 
 TEST(Jni, doesNotLoadWithoutWhatLoadingNeeds) {

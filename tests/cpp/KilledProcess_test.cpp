@@ -34,7 +34,7 @@ std::string contentOf(int generation) {
 /// The life of a few models, over and over, until killed. Tells what it is about to do to a file
 /// and what it has committed.
 [[noreturn]] void liveUntilKilled(const TemporaryDirectory& root, int channel, int generation) {
-  softerror::setSink([](const softerror::Report&) { ::_exit(1); });
+  softerror::setSink({[](const softerror::Report&, void*) { ::_exit(1); }});
   const auto files = createFileCache(root.path(), kBudget);
   SegmentationModelCache models(files);
   const auto tell = [channel](Progress progress) {

@@ -187,17 +187,17 @@ class Driver {
     }
     cache_->clear();
     model_ = Model();
-    return std::filesystem::create_directory(root_.path());
+    return boost::filesystem::create_directory(root_.path());
   }
   bool writeFile() {
     model_.files[name_] = std::string(pick(60), 'x');
     return root_.write(name_ == "dir" ? "dir/file" : name_, model_.files[name_]), true;
   }
   bool removeFile() {
-    return (std::filesystem::remove_all(root_ / name_) != 0) == (model_.files.erase(name_) != 0);
+    return (boost::filesystem::remove_all(root_ / name_) != 0) == (model_.files.erase(name_) != 0);
   }
   bool removeMetadata() {
-    return std::filesystem::remove(root_ / "metadata.json") ==
+    return boost::filesystem::remove(root_ / "metadata.json") ==
            std::exchange(model_.stored, {}).has_value();
   }
 
@@ -221,15 +221,14 @@ class Driver {
 
   Model disk() {
     Model disk;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(root_.path())) {
+    for (const auto& entry : boost::filesystem::recursive_directory_iterator(root_.path())) {
       const auto path = entry.path().lexically_relative(root_.path());
-      const std::string content = entry.is_regular_file() ? root_.read(path) : "";
       if (path == "metadata.json") {
-        disk.stored = meaning(*CacheMetadataSerializer().deserialize(content));
-      } else if (entry.is_regular_file()) {
-        const bool isExtra = path.parent_path() == "extra";
-        (isExtra ? disk.extras : disk.files)[path == "dir/file" ? "dir" : path.filename()] =
-            content;
+        disk.stored = meaning(*CacheMetadataSerializer().deserialize(root_.read(path.string())));
+      } else if (is_regular_file(entry)) {
+        const std::string name = path == "dir/file" ? "dir" : path.filename().string();
+        (path.parent_path() == "extra" ? disk.extras : disk.files)[name] =
+            root_.read(path.string());
       }
     }
     return disk;

@@ -1,12 +1,10 @@
 #include "tests/cpp/SystemCalls.h"
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <sys/types.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdarg>
 
 namespace {
 
@@ -23,12 +21,6 @@ std::size_t limited(std::size_t count) {
   return SystemCalls::current == nullptr ? count : std::min(count, SystemCalls::current->mostBytes);
 }
 
-void countOpen(int change) {
-  if (SystemCalls::current != nullptr) {
-    SystemCalls::current->openFiles += change;
-  }
-}
-
 }  // namespace
 
 extern "C" {
@@ -39,16 +31,12 @@ ssize_t __real_write(int, const void*, size_t);
 int __real_close(int);
 dirent* __real_readdir64(DIR*);
 
-int __wrap_open64(const char* path, int flags, ...) {
-  va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = va_arg(rest, mode_t);
-  va_end(rest);
+int __wrap_open64(const char* path, int flags, int mode) {
   return unlessFailing("open", [=] {
     const int file = __real_open64(path, flags, mode);
-    countOpen(file >= 0 ? 1 : 0);
-    if (SystemCalls::current != nullptr) {
-      SystemCalls::current->openFlags = flags;
+    if (SystemCalls* const calls = SystemCalls::current) {
+      calls->openFlags = flags;
+      calls->openFiles += file >= 0 ? 1 : 0;
     }
     return file;
   });
@@ -64,13 +52,17 @@ ssize_t __wrap_write(int file, const void* buffer, size_t count) {
 
 int __wrap_close(int file) {
   return unlessFailing("close", [=] {
-    countOpen(-1);
-    return __real_close(file);
+    return SystemCalls::current == nullptr ? 0 : --SystemCalls::current->openFiles,
+           __real_close(file);
   });
 }
 
 dirent* __wrap_readdir64(DIR* directory) {
-  const auto failed = unlessFailing("readdir", [] { return 0L; });
-  return failed == 0 ? __real_readdir64(directory) : nullptr;
+  return unlessFailing("readdir", [] { return 0; }) == 0 ? __real_readdir64(directory) : nullptr;
 }
+
+// Android's names, where files are large anyway.
+int __wrap_open(const char*, int, int) __attribute__((alias("__wrap_open64")));
+int __wrap___open_2(const char*, int, int) __attribute__((alias("__wrap_open64")));
+dirent* __wrap_readdir(DIR*) __attribute__((alias("__wrap_readdir64")));
 }

@@ -2,33 +2,41 @@
 
 #include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <boost/filesystem/directory.hpp>
+#include <boost/filesystem/operations.hpp>
+#include <cstdio>
+#include <memory>
 #include <string>
 
-/// A directory of its own for a test, removed with everything in it.
+/// A directory of its own for a test, removed with everything in it. Of a kind that 32-bit Android
+/// has: <fstream> and <filesystem> take API 24 there.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "modelcache-XXXXXX").string();
+    std::string name = (boost::filesystem::temp_directory_path() / "modelcache-XXXXXX").string();
     path_ = ::mkdtemp(name.data());
   }
-  ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
+  ~TemporaryDirectory() { boost::filesystem::remove_all(path_); }
 
   std::string path() const { return path_.string(); }
   std::string operator/(const std::string& name) const { return (path_ / name).string(); }
 
   void write(const std::string& name, const std::string& content) const {
-    std::filesystem::create_directories((path_ / name).parent_path());
-    std::ofstream(path_ / name, std::ios::binary) << content;
+    boost::filesystem::create_directories((path_ / name).parent_path());
+    const File file(std::fopen((*this / name).c_str(), "wb"), &std::fclose);
+    file == nullptr ? 0 : std::fwrite(content.data(), 1, content.size(), file.get());
   }
   std::string read(const std::string& name) const {
-    std::ifstream file(path_ / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string content;
+    const File file(std::fopen((*this / name).c_str(), "rb"), &std::fclose);
+    for (int byte = 0; file != nullptr && (byte = std::getc(file.get())) != EOF;) {
+      content += static_cast<char>(byte);
+    }
+    return content;
   }
-  bool has(const std::string& name) const { return std::filesystem::exists(path_ / name); }
+  bool has(const std::string& name) const { return boost::filesystem::exists(path_ / name); }
 
  private:
-  std::filesystem::path path_;
+  using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+  boost::filesystem::path path_;
 };

@@ -13,7 +13,7 @@ namespace {
 
 void writeSparse(const TemporaryDirectory& root, const std::string& name, std::uintmax_t size) {
   root.write(name, "");
-  std::filesystem::resize_file(root / name, size);
+  boost::filesystem::resize_file(root / name, size);
 }
 
 TEST(Wide, sizesTotalsAndTimesAreCountedInFull) {
@@ -72,7 +72,7 @@ class Layers {
 
  private:
   void mount(const std::string& name, const char* type, const std::string& options) {
-    std::filesystem::create_directory(root / name);
+    boost::filesystem::create_directory(root / name);
     ::mount(type, (root / name).c_str(), type, 0, options.c_str());
   }
 };

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "store/Capability.h"
+#include "support/json/JsonValue.h"
+
+namespace zentrel::vistabase::ardelivery {
+
+/// Adds the members "capability" and "types".
+void addCapability(boost::json::object& members, const Capability& capability);
+
+/// The capability of such members. Throws json::Error.
+Capability capabilityOf(const JsonValue& document);
+
+}  // namespace zentrel::vistabase::ardelivery

@@ -1,0 +1,361 @@
+#include "store/VersionCatalog.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <map>
+#include <utility>
+
+#include "delivery/FileNames.h"
+#include "store/CheckedDocument.h"
+#include "store/PartWriter.h"
+#include "store/VersionIndex.h"
+#include "store/VersionTableFile.h"
+#include "store/fileTrees.h"
+#include "support/util/joined.h"
+
+namespace zentrel::vistabase::ardelivery {
+
+VersionCatalog::VersionCatalog(StoreRoot& root, EntryDirectory& entries,
+                               const Capability& capability, Observer observer)
+    : root_(root), entries_(entries), table_{capability}, observer_(std::move(observer)) {}
+
+void VersionCatalog::load() {
+  std::optional<StoredTable> stored;
+  bool isMended =
+      !root_.readOwn(kTableName, [&] { stored = VersionTableFile::read(root_.directory()); });
+  if (stored && stored->table.capability == table_.capability) {
+    table_ = stored->table;
+    indexCrc_ = stored->indexCrc;
+  } else {
+    table_ = recoverFromIndex();
+    isMended = isMended || stored || !table_.versions.empty();
+  }
+  isMended = dropIncomplete() || isMended;
+  if (!isMended && !isIndexCurrent()) {
+    root_.report("the index is not the store's: written again");
+    writeIndex(printIndex(table_));
+  }
+  if (isMended) {
+    try {
+      write(VersionTable(table_));
+    } catch (const StoreError& error) {
+      root_.report(error.what());  // It is mended next time, then.
+    }
+  }
+  publish();
+}
+
+/// The versions whose files are all there with the right bytes; the last one is active.
+VersionTable VersionCatalog::recoverFromIndex() {
+  VersionTable table{table_.capability};
+  std::vector<IndexedVersion> versions;
+  root_.readOwn(kIndexName, [&] {
+    versions = readIndex(readSmallFile(root_.directory(), kIndexName).value_or(""));
+  });
+  std::map<std::string, bool> checked;
+  for (const IndexedVersion& indexed : versions) {
+    Version version{indexed.number, {}};
+    std::vector<std::string> types;
+    bool isGood = true;
+    for (const auto& [type, sha256, name] : indexed.files) {
+      types.push_back(type);
+      const auto [known, isNew] = checked.emplace(name, false);
+      if (isNew) {
+        known->second = hasDigest(name, sha256);
+      }
+      isGood = isGood && known->second;
+      version.files.push_back({{type, root_.directory().status(name).size, sha256}, name});
+    }
+    if (isGood && types == table.capability.types()) {
+      table = table.with(std::make_shared<const Version>(std::move(version)), true);
+    }
+  }
+  if (!table.versions.empty()) {
+    root_.report("the versions were read back from the index");
+  }
+  return table;
+}
+
+bool VersionCatalog::hasDigest(const std::string& name, const std::string& sha256) {
+  if (!root_.directory().status(name).isRegular()) {
+    return false;
+  }
+  const auto digest = root_.newDigest();
+  try {
+    digestFile(*root_.directory().openForReading(name), *digest, [] {});
+    return digest->finish() == sha256;
+  } catch (const StoreError& error) {
+    if (error.error() != EIO) {
+      throw;
+    }
+    return false;
+  }
+}
+
+std::shared_ptr<const Snapshot> VersionCatalog::snapshot() const {
+  const std::lock_guard<std::mutex> guard(snapshotMutex_);
+  return snapshot_;
+}
+
+/// As far as kinds and sizes tell.
+bool VersionCatalog::isWhole(const Version& version) {
+  for (const VersionFile& file : version.files) {
+    const FileStatus status = root_.directory().status(file.name);
+    if (!status.isRegular() || status.size != file.file.sizeBytes()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool VersionCatalog::dropIncomplete() {
+  Versions incomplete;
+  for (const auto& version : table_.versions) {
+    std::vector<std::string> types;
+    for (const VersionFile& file : version->files) {
+      types.push_back(file.file.type());
+    }
+    if (types != table_.capability.types() || !isWhole(*version)) {
+      root_.report(
+          joined("version ", version->number, " is dropped: it has lost files, or other types"));
+      incomplete.push_back(version);
+    }
+  }
+  if (!incomplete.empty()) {
+    table_ = table_.without(incomplete);
+  }
+  return !incomplete.empty();
+}
+
+bool VersionCatalog::isIndexCurrent() {
+  if (!indexCrc_) {
+    return true;
+  }
+  bool isCurrent = false;
+  root_.readOwn(kIndexName, [&] {
+    const auto text = readSmallFile(root_.directory(), kIndexName);
+    isCurrent = text && crc32(*text) == *indexCrc_;
+  });
+  return isCurrent;
+}
+
+void VersionCatalog::requireWhole(const Version& version) {
+  const std::set<std::string> names = version.names();
+  const bool isDamaged = std::any_of(names.begin(), names.end(), [this](const std::string& name) {
+    return table_.damaged.count(name) != 0;
+  });
+  if (isDamaged || !isWhole(version)) {
+    throw StoreError(StoreError::Reason::Damaged,
+                     joined("version ", version.number, " has lost or damaged files"),
+                     root_.path());
+  }
+}
+
+void VersionCatalog::requireTableSpace(const std::shared_ptr<const Version>& version) const {
+  VersionTableFile::print({table_.with(version, true), 0});
+}
+
+void VersionCatalog::put(const std::shared_ptr<const Version>& version, bool isActive) {
+  const std::set<std::string> known = table_.namesWithout({});
+  const std::set<std::string> names = version->names();
+  if (!std::includes(known.begin(), known.end(), names.begin(), names.end())) {
+    root_.directory().sync();  // A table names only what lasts.
+  }
+  write(table_.with(version, isActive));
+}
+
+void VersionCatalog::deactivate() {
+  if (table_.active) {
+    write(table_.withActive(std::nullopt));
+  }
+}
+
+/// The files go first: that makes the room that the rest needs on a full disk.
+void VersionCatalog::remove(const Versions& gone, const std::set<std::string>& kept) {
+  settle();
+  const std::set<std::string> names = namesOfOnly(gone, kept);
+  const VersionTable next = table_.without(gone);
+  if (next.active != table_.active) {
+    table_ = next;  // Nobody is to be given paths of files that are gone.
+    publish();
+  }
+  try {
+    for (const std::string& name : names) {
+      entries_.drop(name);
+    }
+  } catch (...) {
+    resync();
+    throw;
+  }
+  write(next);
+}
+
+void VersionCatalog::setDamaged(const std::set<std::string>& names) {
+  const VersionTable next = table_.withDamaged(names);
+  if (next.damaged == table_.damaged) {
+    return;
+  }
+  try {
+    root_.requireMarked();
+    write(next);
+  } catch (const StoreError& error) {
+    root_.report(error.what());
+    table_ = table_.withDamaged(names);  // It is known for as long as the store is open, then.
+  }
+}
+
+void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
+                              const std::set<std::string>& kept, Room room) {
+  for (const bool isLastTry : {false, true}) {
+    const std::int64_t budget = root_.maxSizeBytes();
+    const std::int64_t free = written > 0 ? root_.directory().freeBytes() : -1;
+    const std::int64_t total = entries_.total();
+    const std::int64_t overBudget = (added < 0 ? total + added : addSizes(total, added)) - budget;
+    const std::int64_t overDisk = free < 0 ? 0 : written - free;
+    const Plan plan = planRoom(std::max(overBudget, overDisk), kept, room);
+    if (plan.bytes >= std::max(overBudget, overDisk)) {
+      if (!plan.versions.empty()) {
+        remove(plan.versions, kept);
+      }
+      for (const std::string& name : plan.entries) {
+        entries_.drop(name);
+      }
+      return;
+    }
+    if (isLastTry) {
+      const bool isBudget = plan.bytes < overBudget;
+      const std::int64_t needed = isBudget ? added : written;
+      throw StoreError(isBudget ? StoreError::Reason::NoRoom : StoreError::Reason::DiskFull,
+                       joined("no room for ", needed, " bytes more in ", root_.path(), ": ",
+                              isBudget ? joined(total, " of the budget of ", budget, " are taken")
+                                       : joined(free, " are free on the disk"),
+                              ", and ", plan.bytes, " can be deleted"),
+                       root_.path(), 0, StoreError::Room{needed, budget, free});
+    }
+    entries_.reload();  // Others may have deleted something.
+  }
+}
+
+VersionCatalog::Plan VersionCatalog::planRoom(std::int64_t lacking,
+                                              const std::set<std::string>& kept, Room room) {
+  Plan plan;
+  const auto active = table_.activeVersion();
+  for (const auto& version : table_.versions) {
+    if (plan.bytes < lacking && version != active) {
+      plan.versions.push_back(version);
+      plan.bytes = sizeOf(namesOfOnly(plan.versions, kept));
+    }
+  }
+  const std::set<std::string> named = table_.namesWithout({});
+  plan.entries = entries_.oldest(lacking - plan.bytes, [&](const std::string& name) {
+    return named.count(name) != 0 || kept.count(name) != 0;
+  });
+  const std::int64_t strays = sizeOf({plan.entries.begin(), plan.entries.end()});
+  if (addSizes(plan.bytes, strays) < lacking && room == Room::GiveUpActive && active) {
+    plan.versions.push_back(active);
+    plan.bytes = sizeOf(namesOfOnly(plan.versions, kept));
+  }
+  plan.bytes = addSizes(plan.bytes, strays);
+  return plan;
+}
+
+std::set<std::string> VersionCatalog::namesOfOnly(const Versions& gone,
+                                                  const std::set<std::string>& kept) const {
+  const std::set<std::string> staying = table_.namesWithout(gone);
+  std::set<std::string> names;
+  for (const auto& version : gone) {
+    for (const VersionFile& file : version->files) {
+      if (staying.count(file.name) == 0 && kept.count(file.name) == 0) {
+        names.insert(file.name);
+      }
+    }
+  }
+  return names;
+}
+
+std::int64_t VersionCatalog::sizeOf(const std::set<std::string>& names) {
+  std::int64_t sum = 0;
+  for (const std::string& name : names) {
+    sum = addSizes(sum, entries_.size(name));
+  }
+  return sum;
+}
+
+/// Has the table in memory on disk for good, before anything is deleted that another may need.
+void VersionCatalog::settle() {
+  if (isUncertain_) {
+    write(VersionTable(table_));
+  }
+}
+
+/// Once the table has its name, it is in force. The index follows.
+void VersionCatalog::write(const VersionTable& next) {
+  const bool hasIndex = indexCrc_ || !next.versions.empty();
+  const std::string index = hasIndex ? printIndex(next) : "";
+  const auto sum = hasIndex ? std::optional(crc32(index)) : std::nullopt;
+  try {
+    VersionTableFile::write(root_.directory(), {next, sum});
+  } catch (...) {
+    resync();
+    throw;
+  }
+  isUncertain_ = false;
+  isIndexStale_ = isIndexStale_ || sum != indexCrc_;
+  table_ = next;
+  indexCrc_ = sum;
+  publish();
+  if (hasIndex && isIndexStale_) {
+    writeIndex(index);
+  }
+}
+
+/// Only raw readers need it, and whoever has lost the table.
+void VersionCatalog::writeIndex(const std::string& text) noexcept {
+  try {
+    replaceFile(root_.directory(), kIndexName, text, Durability::Unsynced);
+    isIndexStale_ = false;
+  } catch (const std::exception& error) {
+    root_.report(error.what());
+  }
+}
+
+/// After a failure: what lies on disk holds, whatever was meant to.
+void VersionCatalog::resync() noexcept {
+  isUncertain_ = true;
+  isIndexStale_ = true;
+  try {
+    const auto stored = VersionTableFile::read(root_.directory());
+    table_ = stored ? stored->table : VersionTable{table_.capability};
+    indexCrc_ = stored ? stored->indexCrc : std::nullopt;
+    try {
+      dropIncomplete();
+    } catch (const StoreError& error) {
+      root_.report(error.what());  // A file that cannot be told to be lost is not.
+    }
+    publish();
+  } catch (const std::exception& error) {
+    root_.report(error.what());  // What is known is the best there is.
+  }
+}
+
+void VersionCatalog::publish() {
+  auto next = std::make_shared<Snapshot>();
+  if (const auto active = table_.activeVersion()) {
+    next->active = active->number;
+    for (const VersionFile& file : active->files) {
+      next->paths.emplace(file.file.type(), root_.pathOf(file.name));
+    }
+  }
+  for (const auto& version : table_.versions) {
+    next->versions.push_back(version->number);
+  }
+  std::sort(next->versions.begin(), next->versions.end());
+  {
+    const std::lock_guard<std::mutex> guard(snapshotMutex_);
+    snapshot_ = next;
+  }
+  observer_(*next);
+}
+
+}  // namespace zentrel::vistabase::ardelivery

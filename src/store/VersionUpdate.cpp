@@ -1,0 +1,325 @@
+#include "store/VersionUpdate.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+#include <utility>
+
+#include "delivery/FileNames.h"
+#include "store/PartWriter.h"
+#include "store/adoptFiles.h"
+#include "store/fileTrees.h"
+#include "support/util/joined.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+std::string partOf(const std::string& name) {
+  return std::string(kPartPrefix) + name;
+}
+
+/// Bytes of a version's files, each counted once, and of another one's.
+std::int64_t bytesOf(const Version& version, const Version* other = nullptr) {
+  std::map<std::string, std::int64_t> sizes;
+  for (const Version* each : {&version, other}) {
+    for (const VersionFile& file : each == nullptr ? std::vector<VersionFile>() : each->files) {
+      sizes[file.name] = file.file.sizeBytes();
+    }
+  }
+  std::int64_t sum = 0;
+  for (const auto& [name, size] : sizes) {
+    sum = addSizes(sum, size);
+  }
+  return sum;
+}
+
+/// Throws, with the numbers, if a version and the active one do not fit the budget together.
+void requireBudget(const Version& version, const Version* active, std::int64_t budget) {
+  const std::int64_t alone = bytesOf(version);
+  const std::int64_t together = bytesOf(version, active);
+  if (together > budget) {
+    throw StoreError(
+        StoreError::Reason::NoRoom,
+        joined("version ", version.number, " has ", alone, " bytes",
+               active == nullptr
+                   ? ""
+                   : joined(", ", together, " together with the active version ", active->number),
+               ", and the budget is ", budget),
+        {}, 0, StoreError::Room{together, budget, -1});
+  }
+}
+
+}  // namespace
+
+void VersionUpdate::begin(int number, const std::vector<ModelFile>& files, Room room) {
+  try {
+    const std::vector<FoundFile> found = plan(number, files, room);
+    prepare(match(found), room);
+  } catch (...) {
+    end();
+    throw;
+  }
+}
+
+/// Finds out what is missing. Returns the files that may have it.
+std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFile>& files,
+                                           Room room) {
+  const auto lock = store_->root->lockForChange();
+  if (const auto running = store_->runningUpdate()) {
+    throw UsageError(joined("an update to version ", running->number(), " is running"));
+  }
+  VersionCatalog& catalog = store_->catalog;
+  const VersionTable& table = catalog.table();
+  version_ = std::make_shared<const Version>(table.plan(number, files));
+  catalog.requireTableSpace(version_);
+  const auto active = room == Room::KeepActive ? table.activeVersion() : nullptr;
+  requireBudget(*version_, active.get(), store_->root->maxSizeBytes());
+  const std::set<std::string> named = table.namesWithout({});
+  std::set<std::int64_t> sizes;
+  for (const auto& [type, name] : version_->files) {
+    const FileStatus status = store_->root->directory().status(name);
+    const bool isTrusted = named.count(name) != 0 && table.damaged.count(name) == 0;
+    if (isTrusted && status.isRegular() && status.size == type.sizeBytes()) {
+      there_.insert(name);
+    } else {
+      sizes.insert(type.sizeBytes());
+    }
+  }
+  store_->update = weak_from_this();
+  return findFiles(store_->root->directory(), sizes, named);
+}
+
+/// Which of the files have the content of missing ones. Reads them, without the lock.
+std::vector<VersionUpdate::Adoption> VersionUpdate::match(
+    const std::vector<FoundFile>& found) const {
+  FilesByName missing = missingByName();
+  std::vector<Adoption> adoptions;
+  for (const FoundFile& file : found) {
+    const std::string digest = digestOf(
+        store_->root->directory(), file, [this] { return store_->root->newDigest(); },
+        [this] { requireRunning(); });
+    for (auto each = missing.begin(); each != missing.end(); ++each) {
+      if (each->second.sha256() == digest && each->second.sizeBytes() == file.status.size) {
+        adoptions.push_back({file, each->first});
+        missing.erase(each);
+        break;
+      }
+    }
+  }
+  return adoptions;
+}
+
+/// Takes what is there already, and makes room for the rest.
+void VersionUpdate::prepare(const std::vector<Adoption>& adoptions, Room room) {
+  const auto lock = store_->root->lockForChange();
+  requireRunning();
+  IDirectory& directory = store_->root->directory();
+  for (const Adoption& adoption : adoptions) {
+    adopt(adoption);
+  }
+  store_->entries.dropUnfinished(parts());
+  std::int64_t added = 0;
+  std::int64_t written = 0;
+  std::set<std::string> absent;
+  for (const auto& [name, file] : missingByName()) {
+    const FileStatus part = directory.status(partOf(name));
+    const bool isUsable = part.isOwn() && part.size < file.sizeBytes();
+    if (!isUsable) {
+      if (!part.isAbsent()) {
+        removeTree(directory, partOf(name));
+        store_->root->report("dropped a part with wrong bytes: " + partOf(name));
+      }
+      absent.insert(partOf(name));
+    }
+    store_->entries.measure(name);
+    const std::int64_t inPlace = std::min(store_->entries.size(name), file.sizeBytes());
+    added = addSizes(added, file.sizeBytes() - inPlace);
+    written = addSizes(written, file.sizeBytes() - (isUsable ? part.size : 0));
+  }
+  store_->catalog.makeRoom(added, written, kept(), room);
+  for (const std::string& part : absent) {
+    directory.create(part);
+  }
+  if (!missingByName().empty()) {
+    directory.sync();  // From now on, parts have names that last; also those that were there.
+  }
+  recordIfComplete({});
+}
+
+void VersionUpdate::adopt(const Adoption& adoption) {
+  const std::string& found = adoption.file.path.front();
+  if (adoption.file.path.size() == 1) {
+    store_->entries.extras().remove(found);
+  }
+  if (adoptFile(store_->root->directory(), adoption.file, adoption.name)) {
+    store_->entries.measure(found);
+    store_->entries.measure(adoption.name);
+    there_.insert(adoption.name);
+  }
+}
+
+std::vector<ModelFile> VersionUpdate::missing() {
+  const auto lock = store_->root->lock();
+  requireRunning();
+  std::vector<ModelFile> files;
+  std::set<std::string> listed;
+  for (const auto& [file, name] : version_->files) {
+    if (there_.count(name) == 0 && listed.insert(name).second) {
+      files.push_back(file);
+    }
+  }
+  return files;
+}
+
+std::unique_ptr<ModelWriter> VersionUpdate::write(const ModelFile& file) {
+  std::unique_ptr<PartHandle> writer;
+  {
+    const auto lock = store_->root->lockForChange();
+    requireRunning();
+    const auto& files = version_->files;
+    const auto found = std::find_if(files.begin(), files.end(),
+                                    [&file](const VersionFile& each) { return each.file == file; });
+    if (found == files.end() || there_.count(found->name) != 0) {
+      throw std::invalid_argument("not missing: " + file.toString());
+    }
+    const std::string& name = found->name;
+    PartPlan plan{shared_from_this(), name, partOf(name),
+                  ExpectedContent{file.type(), file.sizeBytes(), file.sha256()}, true};
+    writer = std::make_unique<PartHandle>(store_->root, std::move(plan));
+  }
+  writer->resume();
+  return writer;
+}
+
+/// Makes the part of a file one of the version's files.
+void VersionUpdate::place(const PartPlan& part, std::int64_t bytes) {
+  const std::string& name = part.entry;
+  const auto lock = store_->root->lockForChange();
+  requireRunning();
+  VersionCatalog& catalog = store_->catalog;
+  store_->entries.measure(name);
+  catalog.makeRoom(bytes - store_->entries.size(name), 0, kept(), Room::KeepActive);
+  store_->entries.place(part.part, name);
+  std::set<std::string> damaged = catalog.table().damaged;
+  if (damaged.erase(name) != 0) {
+    catalog.setDamaged(damaged);
+  }
+  there_.insert(name);
+  recordIfComplete(name);
+}
+
+/// Once all files are there, the version is one of the store's, unless it replaces another.
+void VersionUpdate::recordIfComplete(const std::string& lastName) {
+  VersionCatalog& catalog = store_->catalog;
+  const std::set<std::string> names = version_->names();
+  if (!std::includes(there_.begin(), there_.end(), names.begin(), names.end()) ||
+      catalog.table().find(version_->number)) {
+    return;
+  }
+  try {
+    catalog.put(version_, false);
+  } catch (...) {
+    const bool isOfOthers = catalog.table().namesWithout({}).count(lastName) != 0;
+    if (!lastName.empty() && !isOfOthers) {  // As if the commit had not begun.
+      there_.erase(lastName);
+      try {
+        IDirectory& directory = store_->root->directory();
+        directory.rename(lastName, directory, partOf(lastName));
+        store_->entries.measure(lastName);
+      } catch (const StoreError& error) {
+        store_->root->report(error.what());  // The next update finds it where it is.
+      }
+    }
+    throw;
+  }
+}
+
+void VersionUpdate::activate() {
+  {
+    const auto lock = store_->root->lockForChange();
+    requireRunning();
+    const FilesByName missing = missingByName();
+    if (!missing.empty()) {
+      throw UsageError("still missing: " + missing.begin()->second.toString() +
+                       (missing.size() == 1 ? "" : " and others"));
+    }
+    store_->catalog.requireWhole(*version_);
+    store_->catalog.put(version_, true);
+  }
+  end();
+}
+
+std::int64_t VersionUpdate::totalBytes() {
+  const auto lock = store_->root->lock();
+  requireRunning();
+  return bytesOf(*version_);
+}
+
+std::int64_t VersionUpdate::remainingBytes() {
+  const auto lock = store_->root->lock();
+  requireRunning();
+  std::int64_t sum = 0;
+  for (const auto& [name, file] : missingByName()) {
+    const FileStatus part = store_->root->directory().status(partOf(name));
+    const std::int64_t written = part.isOwn() ? std::min(part.size, file.sizeBytes()) : 0;
+    sum = addSizes(sum, file.sizeBytes() - written);
+  }
+  return sum;
+}
+
+void VersionUpdate::end() noexcept {
+  if (hasEnded_.exchange(true)) {
+    return;
+  }
+  StoreRoot& root = *store_->root;
+  {
+    const auto lock = root.lockEvenClosed();
+    if (store_->runningUpdate().get() != this) {
+      return;
+    }
+  }
+  root.writers().closeAll();  // While no other update can have any.
+  const auto lock = root.lockEvenClosed();
+  store_->update.reset();
+}
+
+std::set<std::string> VersionUpdate::parts() const {
+  std::set<std::string> parts;
+  for (const auto& [name, file] : missingByName()) {
+    parts.insert(partOf(name));
+  }
+  return parts;
+}
+
+void VersionUpdate::lose(const std::set<std::string>& names) {
+  for (const std::string& name : names) {
+    there_.erase(name);
+  }
+}
+
+void VersionUpdate::requireRunning() const {
+  store_->root->requireOpen();
+  if (isCancelled_) {
+    throw CancelledError("the update was cancelled");
+  }
+  if (hasEnded_) {
+    throw UsageError("the update has ended");
+  }
+}
+
+VersionUpdate::FilesByName VersionUpdate::missingByName() const {
+  FilesByName missing;
+  for (const auto& [file, name] : version_->files) {
+    if (there_.count(name) == 0) {
+      missing.emplace(name, file);
+    }
+  }
+  return missing;
+}
+
+/// The names that room must not be made of.
+std::set<std::string> VersionUpdate::kept() const {
+  return version_->names();
+}
+
+}  // namespace zentrel::vistabase::ardelivery

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "store/EntryDirectory.h"
+#include "store/ModelStore.h"
+#include "store/PartWriter.h"
+#include "store/StoreRoot.h"
+#include "store/VersionCatalog.h"
+#include "store/adoptFiles.h"
+
+namespace zentrel::vistabase::ardelivery {
+
+class VersionUpdate;
+
+/// What a ModelStore shares with its updates, and these with their writers.
+struct ModelStoreState {
+  ModelStoreState(std::shared_ptr<StoreRoot> opened, const Capability& capability,
+                  VersionCatalog::Observer observer)
+      : root(std::move(opened)),
+        entries(root->directory()),
+        catalog(*root, entries, capability, std::move(observer)) {}
+
+  /// The update that has begun and not ended, or null. Under the root's lock, as all that follows.
+  std::shared_ptr<VersionUpdate> runningUpdate() const { return update.lock(); }
+
+  const std::shared_ptr<StoreRoot> root;
+  EntryDirectory entries;
+  VersionCatalog catalog;
+  std::weak_ptr<VersionUpdate> update;
+};
+
+/// An update to one version. Its writers share it.
+class VersionUpdate final : public PartOwner, public std::enable_shared_from_this<VersionUpdate> {
+ public:
+  explicit VersionUpdate(std::shared_ptr<ModelStoreState> store) : store_(std::move(store)) {}
+
+  /// To be called once, first. If it throws, the update has ended.
+  void begin(int number, const std::vector<ModelFile>& files, Room room);
+
+  std::vector<ModelFile> missing();
+  std::unique_ptr<ModelWriter> write(const ModelFile& file);
+  void activate();
+  std::int64_t totalBytes();
+  std::int64_t remainingBytes();
+  void cancel() noexcept { isCancelled_ = true; }
+  /// Ends the update and its writers. Not under the root's lock.
+  void end() noexcept;
+
+  void place(const PartPlan& part, std::int64_t bytes) override;
+  void requireRunning() const override;
+
+  // Under the root's lock:
+
+  int number() const noexcept { return version_->number; }
+  std::set<std::string> names() const { return version_->names(); }
+  /// The names of the parts of missing files.
+  std::set<std::string> parts() const;
+  /// Forgets that these files are there.
+  void lose(const std::set<std::string>& names);
+
+ private:
+  using FilesByName = std::map<std::string, ModelFile>;
+
+  struct Adoption {
+    FoundFile file;
+    std::string name;
+  };
+
+  FilesByName missingByName() const;
+  std::vector<FoundFile> plan(int number, const std::vector<ModelFile>& files, Room room);
+  std::vector<Adoption> match(const std::vector<FoundFile>& found) const;
+  void prepare(const std::vector<Adoption>& adoptions, Room room);
+  void adopt(const Adoption& adoption);
+  void recordIfComplete(const std::string& lastName);
+  std::set<std::string> kept() const;
+
+  const std::shared_ptr<ModelStoreState> store_;
+  std::shared_ptr<const Version> version_;  // Set before anyone else sees the update.
+  std::set<std::string> there_;             // Names of files. Under the root's lock.
+  std::atomic<bool> hasEnded_{false};
+  std::atomic<bool> isCancelled_{false};
+};
+
+}  // namespace zentrel::vistabase::ardelivery

@@ -1,0 +1,89 @@
+#include "store/adoptFiles.h"
+
+#include <cerrno>
+#include <memory>
+
+#include "delivery/FileNames.h"
+#include "store/PartWriter.h"
+#include "store/StoreError.h"
+#include "store/fileTrees.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+// Keys with more slashes than that are not looked for.
+constexpr std::size_t kDeepest = 32;
+
+void find(IDirectory& directory, std::vector<std::string> path, const std::set<std::int64_t>& sizes,
+          const std::set<std::string>& excluded, std::vector<FoundFile>& found) {
+  const bool isRoot = path.empty();
+  path.emplace_back();
+  for (const std::string& name : directory.list()) {
+    const bool isCandidate = isEntryName(name) || beginsWith(name, kPartPrefix);
+    if (isRoot && (!isCandidate || excluded.count(name) != 0)) {
+      continue;
+    }
+    path.back() = name;
+    const FileStatus status = directory.status(name);
+    if (status.isDirectory() && path.size() < kDeepest) {
+      find(*directory.openDirectory(name), path, sizes, excluded, found);
+    } else if (status.isOwn() && sizes.count(status.size) != 0) {
+      found.push_back({path, status});
+    }
+  }
+}
+
+/// Calls `use` with the directory of a file and its name there.
+template <class Use>
+auto inDirectory(IDirectory& root, const FoundFile& file, const Use& use) {
+  std::unique_ptr<IDirectory> directory;
+  for (std::size_t i = 0; i + 1 < file.path.size(); ++i) {
+    directory = (directory ? *directory : root).openDirectory(file.path[i]);
+  }
+  return use(directory ? *directory : root, file.path.back());
+}
+
+}  // namespace
+
+std::vector<FoundFile> findFiles(IDirectory& root, const std::set<std::int64_t>& sizes,
+                                 const std::set<std::string>& excluded) {
+  std::vector<FoundFile> found;
+  if (!sizes.empty()) {
+    find(root, {}, sizes, excluded, found);
+  }
+  return found;
+}
+
+std::string digestOf(IDirectory& root, const FoundFile& file, const NewDigest& newDigest,
+                     FunctionRef<void()> checkpoint) {
+  try {
+    return inDirectory(root, file, [&](IDirectory& directory, const std::string& name) {
+      const auto opened = directory.openForReading(name);
+      const auto digest = newDigest();
+      const bool isFound = opened->status().isUnchangedSince(file.status);
+      return isFound && digestFile(*opened, *digest, checkpoint) == file.status.size
+                 ? digest->finish()
+                 : std::string();
+    });
+  } catch (const StoreError& error) {
+    if (error.isShortage()) {
+      throw;
+    }
+    return "";  // Such as a bad sector. What it should have been is fetched.
+  }
+}
+
+bool adoptFile(IDirectory& root, const FoundFile& file, const std::string& name) {
+  return inDirectory(root, file, [&](IDirectory& directory, const std::string& found) {
+    if (!directory.status(found).isUnchangedSince(file.status)) {
+      return false;
+    }
+    directory.openForReading(found)->sync();
+    if (&directory != &root || found != name) {
+      renameOver(directory, found, root, name);
+    }
+    return true;
+  });
+}
+
+}  // namespace zentrel::vistabase::ardelivery

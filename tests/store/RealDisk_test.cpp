@@ -1,0 +1,191 @@
+// Stores on the real disk: what somebody may have put into a root, and disks that are read-only or
+// full.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <functional>
+
+#include "delivery/FileNames.h"
+#include "store/FileStore.h"
+#include "tests/cpp/TemporaryDirectory.h"
+#include "tests/store/Samples.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+using namespace samples;
+using testing::ElementsAre;
+using testing::SizeIs;
+using Reason = StoreError::Reason;
+
+std::unique_ptr<ModelStore> openStore(const std::string& root) {
+  return ModelStore::open(root, kCapability, 3 * kVersionSize);
+}
+
+class RealDisk : public testing::Test {
+ protected:
+  std::unique_ptr<ModelStore> openFilled() {
+    auto store = openStore(root_.path());
+    update(*store, 1);
+    update(*store, 2);
+    return store;
+  }
+
+  const SoftErrors softErrors_;
+  const TemporaryDirectory root_;
+};
+
+TEST_F(RealDisk, createsMissingParents) {
+  update(*openStore(root_ / "a/b//c/"), 1);
+  EXPECT_EQ(1, openStore(root_ / "a/b/c")->snapshot()->active);
+}
+
+TEST_F(RealDisk, letsNoLinkLeadOutOfTheRoot) {
+  const std::string part = std::string(kPartPrefix) + nameOf(filesOf(1)[0]);
+  const std::string names[] = {
+      kLockName,        kMarkerName,   kTableName,   kIndexName, kExtraName,
+      ".new-.versions", ".new-.store", ".new-extra", part,       nameOf(filesOf(1)[0]),
+      "metadata.json",  "extra/key",   ".part-key",  "key",      ".resume-" + sha256("abc")};
+  const std::function<int(const TemporaryDirectory&, const char*)> plants[] = {
+      [](auto& outside, auto* link) { return ::symlink((outside / "file").c_str(), link); },
+      [](auto& outside, auto* link) { return ::link((outside / "file").c_str(), link); },
+      [](auto& outside, auto* link) { return ::symlink(outside.path().c_str(), link); },
+      [](auto&, auto* link) { return ::mkfifo(link, 0666); }};
+  for (const auto& plant : plants) {
+    for (const std::string& name : names) {
+      SCOPED_TRACE(name);
+      const TemporaryDirectory root, outside;
+      outside.write("file", "outside");
+      if (name == "extra/key") {
+        ::mkdir((root / "extra").c_str(), 0777);
+      }
+      ASSERT_EQ(0, plant(outside, (root / name).c_str()));
+      {
+        const auto files = FileStore::open(root / "", 1000);
+        put(*files->write("key"), "1");
+        files->setExtra("key", {1});
+        put(*files->write("known", 3, sha256("abc")), "abc");
+        files->remove("key");
+        files->clear();
+      }
+      ::unlink((root / kMarkerName).c_str());
+      ::unlink((root / name).c_str());
+      plant(outside, (root / name).c_str());
+      {
+        const auto models = openStore(root / "");
+        update(*models, 1);
+        update(*models, 2);
+        models->trimExcept({});
+        EXPECT_TRUE(models->verify().empty());
+      }
+      EXPECT_EQ(2, openStore(root / "")->snapshot()->active);
+      EXPECT_EQ("outside", outside.read("file"));
+    }
+  }
+}
+
+TEST_F(RealDisk, takesNoFileThatHasAnotherName) {
+  root_.write("../linked-outside", bytesOf(kCapability.types()[0], 1));
+  ASSERT_EQ(0, ::link((root_ / "../linked-outside").c_str(), (root_ / "key").c_str()));
+  EXPECT_THAT(openStore(root_.path())->begin(1, filesOf(1))->missing(), SizeIs(4));
+  ::unlink((root_ / "../linked-outside").c_str());
+}
+
+TEST_F(RealDisk, readsNoFileOfItsOwnThatIsOfAbsurdSize) {
+  openFilled();
+  for (const char* name : {kTableName, kMarkerName, kIndexName, kLockName}) {
+    ASSERT_EQ(0, ::truncate((root_ / name).c_str(), off_t{1} << 40)) << name;
+    EXPECT_EQ(2, openStore(root_.path())->snapshot()->active);
+  }
+}
+
+TEST_F(RealDisk, hasAPartThatSomebodyElseChangedRefused) {
+  const auto store = openStore(root_.path());
+  const auto update = store->begin(1, filesOf(1));
+  const ModelFile file = filesOf(1)[0];
+  const std::string part = std::string(kPartPrefix) + nameOf(file);
+  const std::function<void()> changes[] = {
+      [&] { ::truncate((root_ / part).c_str(), kSize - 1); },
+      [&] { ::unlink((root_ / part).c_str()), root_.write(part, bytesOf(file.type(), 1)); },
+      [&] { ::link((root_ / part).c_str(), (root_ / "another name").c_str()); }};
+  for (const auto& change : changes) {
+    const auto out = update->write(file);
+    out->restart();
+    const std::string bytes = bytesOf(file.type(), 1);
+    out->write(bytes.data(), bytes.size());
+    change();
+    EXPECT_EQ(Reason::Io, reasonOf([&] { out->commit(); }));
+    EXPECT_FALSE(root_.has(nameOf(file)));
+  }
+}
+
+/// A small disk of its own.
+class SmallDisk : public RealDisk {
+ protected:
+  void SetUp() override {
+    if (::mount("tmpfs", root_.path().c_str(), "tmpfs", 0, "size=200k") != 0) {
+      GTEST_SKIP() << "only root may mount a disk";
+    }
+  }
+  void TearDown() override { ::umount2(root_.path().c_str(), MNT_DETACH); }
+  void remount(unsigned long flags) {
+    ASSERT_EQ(0, ::mount("", root_.path().c_str(), "", MS_REMOUNT | flags, "size=200k"));
+  }
+  /// Leaves no byte free.
+  void fill() {
+    std::ofstream filler(root_ / ".filler", std::ios::binary);
+    filler << std::string(std::size_t{1} << 20, 'x') << std::flush;
+  }
+};
+
+TEST_F(SmallDisk, canBeMadeRoomOnByTrimming) {
+  auto store = openFilled();
+  const auto update = store->begin(3, filesOf(3));
+  fill();
+  EXPECT_EQ(Reason::DiskFull, reasonOf([&] { download(*update, filesOf(3)[0], 3); }));
+  EXPECT_EQ(Reason::DiskFull, reasonOf([&] { store->activate(1); }));
+  store.reset();
+  store = openStore(root_.path());
+  EXPECT_EQ(2, store->snapshot()->active);
+  store->trimExcept({});
+  EXPECT_THAT(store->snapshot()->versions, ElementsAre(2));
+  ::unlink((root_ / ".filler").c_str());
+  samples::update(*store, 3);
+  EXPECT_TRUE(store->verify().empty());
+}
+
+TEST_F(SmallDisk, canBeReadFromWhileItIsReadOnly) {
+  openFilled();
+  for (const char* lost : {"", kMarkerName, kLockName}) {
+    ::unlink((root_ / lost).c_str());
+    remount(MS_RDONLY);
+    const auto store = openStore(root_.path());
+    EXPECT_EQ(2, store->snapshot()->active);
+    EXPECT_TRUE(store->verify().empty());
+    EXPECT_EQ(Reason::ReadOnly, reasonOf([&] { store->begin(3, filesOf(3)); }));
+    EXPECT_EQ(Reason::ReadOnly, reasonOf([&] { store->activate(1); }));
+    EXPECT_EQ(Reason::ReadOnly, reasonOf([&] { store->trimExcept({}); }));
+    EXPECT_EQ(Reason::InUse, reasonOf([&] { openStore(root_.path()); })) << "it is locked, too";
+    remount(0);
+    store->activate(1);
+    store->activate(2);
+  }
+}
+
+TEST_F(SmallDisk, givesEntriesWhileItIsReadOnly) {
+  root_.write("files/present", "1");
+  remount(MS_RDONLY);
+  const auto store = FileStore::open(root_ / "files", 1000);
+  EXPECT_EQ(root_ / "files/present", store->get("present"));
+  EXPECT_EQ(std::nullopt, store->get("absent"));
+  EXPECT_EQ(Reason::ReadOnly, reasonOf([&] { store->write("key"); }));
+  EXPECT_EQ(Reason::ReadOnly, reasonOf([&] { store->remove("present"); }));
+}
+
+}  // namespace
+}  // namespace zentrel::vistabase::ardelivery
