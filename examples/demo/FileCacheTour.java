@@ -25,8 +25,8 @@ final class FileCacheTour {
         long budget = mFiles.stream().mapToLong(File::length).sum();
         Show.chapter("The raw file cache, with a budget of " + budget + " bytes");
         try (FileCacheBasicImpl cache = new FileCacheBasicImpl(mRoot.toString(), budget)) {
+            Show.step("Put files in");
             for (int i = 0; i < mFiles.size(); ++i) {
-                Show.step("Put " + mFiles.get(i).getName() + " in");
                 put(cache, mFiles.get(i), key(i));
             }
             String first = key(0);
@@ -35,7 +35,7 @@ final class FileCacheTour {
             exceedBudget(cache);
             remove(cache, first);
         }
-        Show.step("What lies on disk");
+        Show.step("What is on disk");
         Show.tree(mRoot);
         Show.note("");
         Show.note("metadata.json:");
@@ -85,7 +85,7 @@ final class FileCacheTour {
     }
 
     private void exceedBudget(FileCacheBasicImpl cache) throws IOException, InterruptedException {
-        Show.step("Go over the budget: the file that was not used for longest has to go");
+        Show.step("Exceed the budget: the least recently used file goes");
         File again = mFiles.get(0);
         put(cache, again, "one_more.bin");
         for (int i = 0; i < mFiles.size(); ++i) {

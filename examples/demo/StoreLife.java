@@ -3,6 +3,7 @@ import com.lumora.camera.effect.qv.modelcache.ModelFile;
 import com.lumora.camera.effect.qv.modelcache.ModelStore;
 import com.lumora.camera.effect.qv.modelcache.ModelWriter;
 import com.lumora.camera.effect.qv.modelcache.SoftErrors;
+import com.lumora.camera.effect.qv.modelcache.StoreException;
 import com.lumora.camera.effect.qv.modelcache.Update;
 import java.io.File;
 import java.io.IOException;
@@ -13,36 +14,41 @@ import java.nio.file.Path;
 import java.security.MessageDigest;
 import java.security.NoSuchAlgorithmException;
 import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.Collections;
+import java.util.LinkedHashMap;
 import java.util.List;
+import java.util.Locale;
 import java.util.Map;
 
-/** Two runs of an app that keeps the models of face tracking; the first one is killed. */
+/** Two runs of an app that keeps models; the first one is killed. */
 final class StoreLife {
-    private static final Capability CAPABILITY = Capability.FACE_TRACKING;
+    private static final Capability FACES = Capability.FACE_TRACKING;
+    private static final Capability HANDS =
+            Capability.of("HAND_TRACKING", "palm_detector.tflite", "hand_landmarks.tflite");
     private static final long BUDGET = 50_000_000;
     private static final int KILLED = 137; // as a shell tells it
 
     private final Path mFolder;
-    private final File mRoot;
     private final List<File> mFiles;
+    private Map<String, String> mShown = Collections.emptyMap();
 
     StoreLife(Path folder, List<File> files) {
         mFolder = folder;
-        mRoot = folder.resolve("facetracking").toFile();
         mFiles = files;
     }
 
     /** Gets version 1, and is killed while it gets version 2. */
     void firstRun() throws IOException {
         Show.chapter("The model store: four files make a version of face tracking");
-        try (ModelStore store = ModelStore.open(mRoot, CAPABILITY, BUDGET)) {
+        try (ModelStore store = open(FACES)) {
             Show.step("Get version 1");
-            update(store, 1);
-            Show.step("Get version 2, of which the detector alone is new");
-            try (Update update = store.begin(2, files(2))) {
+            update(store, FACES, 1);
+            Show.step("Get version 2: only its detector is new");
+            try (Update update = store.begin(2, files(FACES, 2))) {
                 Show.call("missing()", update.missing());
                 ModelFile file = update.missing().get(0);
-                byte[] bytes = bytes(file.type(), 2);
+                byte[] bytes = bytes(FACES, file.type(), 2);
                 ModelWriter out = update.write(file);
                 out.write(bytes, 0, bytes.length / 2);
                 Show.note("wrote " + bytes.length / 2 + " of " + bytes.length + " bytes");
@@ -52,25 +58,25 @@ final class StoreLife {
         }
     }
 
-    /** Goes on with version 2, survives a wrong file, and goes back. */
+    /** Resumes version 2, survives a wrong file, and goes back. */
     void laterRun() throws IOException {
         SoftErrors.setListener((file, function, line, severity, category, message) ->
                 Show.note("soft error: " + message));
         Show.chapter("The app starts again");
-        try (ModelStore store = ModelStore.open(mRoot, CAPABILITY, BUDGET)) {
+        try (ModelStore store = open(FACES)) {
             show(store);
-            Show.step("Go on with version 2");
-            update(store, 2);
-            Show.step("Get version 3, of which a file comes damaged");
-            try (Update update = store.begin(3, files(3))) {
+            Show.step("Resume version 2");
+            update(store, FACES, 2);
+            Show.step("Get version 3, but its detector arrives damaged");
+            try (Update update = store.begin(3, files(FACES, 3))) {
                 ModelFile file = update.missing().get(0);
-                byte[] bytes = bytes(file.type(), 3);
+                byte[] bytes = bytes(FACES, file.type(), 3);
                 bytes[bytes.length / 2] ^= 1;
                 try (ModelWriter out = update.write(file)) {
                     out.write(bytes);
                     out.commit();
-                } catch (IOException failure) {
-                    Show.note("refused: " + failure.getMessage());
+                } catch (StoreException failure) {
+                    Show.note(failure.reason() + ": " + failure.getMessage());
                 }
                 Show.call("missing()", update.missing());
             }
@@ -78,21 +84,39 @@ final class StoreLife {
             Show.step("Version 2 does not work well: go back");
             store.activate(1);
             show(store);
-            Show.step("Keep nothing else");
+            Show.step("Delete the others");
             store.trimExcept();
             Show.call("versions()", store.versions());
             Show.call("verify()", store.verify());
         }
-        Show.step("What lies on disk");
-        Show.tree(mRoot.toPath());
+        Show.step("What is on disk");
+        Show.tree(rootOf(FACES).toPath());
+
+        Show.chapter("Segmentation, and a capability of the app's own: a store for each");
+        for (Capability capability : Arrays.asList(Capability.SEGMENTATION, HANDS)) {
+            Show.step("Get version 1 of " + capability);
+            try (ModelStore store = open(capability)) {
+                update(store, capability, 1);
+            }
+        }
     }
 
-    private void update(ModelStore store, int version) throws IOException {
-        try (Update update = store.begin(version, files(version))) {
+    private ModelStore open(Capability capability) throws IOException {
+        return ModelStore.open(rootOf(capability), capability, BUDGET);
+    }
+
+    private File rootOf(Capability capability) {
+        String name = capability.name().replace("_", "").toLowerCase(Locale.ROOT);
+        return mFolder.resolve(name).toFile();
+    }
+
+    private void update(ModelStore store, Capability capability, int version) throws IOException {
+        try (Update update = store.begin(version, files(capability, version))) {
             for (ModelFile file : update.missing()) {
                 try (ModelWriter out = update.write(file)) {
                     Show.note("write " + file.type() + " from byte " + out.offset());
-                    download(bytes(file.type(), version), (int) out.offset(), out);
+                    byte[] bytes = bytes(capability, file.type(), version);
+                    download(bytes, (int) out.offset(), out);
                     out.commit();
                 }
             }
@@ -105,28 +129,32 @@ final class StoreLife {
         out.write(bytes, offset, bytes.length - offset);
     }
 
+    /** The active version, and those of its paths that have changed since the last time. */
     private void show(ModelStore store) {
         Show.call("activeVersion()", store.activeVersion());
-        for (Map.Entry<String, String> path : store.paths().entrySet()) {
-            Show.note(path.getKey() + " " + Show.below(mFolder, path.getValue()));
+        Map<String, String> paths = new LinkedHashMap<>(store.paths());
+        paths.entrySet().removeAll(mShown.entrySet());
+        for (Map.Entry<String, String> path : paths.entrySet()) {
+            Show.call("paths().get(\"" + path.getKey() + "\")", Show.below(mFolder, path.getValue()));
         }
+        mShown = store.paths();
     }
 
     /** What a server would say of a version. */
-    private List<ModelFile> files(int version) throws IOException {
+    private List<ModelFile> files(Capability capability, int version) throws IOException {
         List<ModelFile> files = new ArrayList<>();
-        for (String type : CAPABILITY.types()) {
-            byte[] bytes = bytes(type, version);
+        for (String type : capability.types()) {
+            byte[] bytes = bytes(capability, type, version);
             files.add(new ModelFile(type, bytes.length, sha256(bytes)));
         }
         return files;
     }
 
-    /** The files that were named play all roles. The versions differ in their detectors. */
-    private byte[] bytes(String type, int version) throws IOException {
-        int role = CAPABILITY.types().indexOf(type);
+    /** The files of the command line play all roles. The versions differ in the face detector. */
+    private byte[] bytes(Capability capability, String type, int version) throws IOException {
+        int role = capability.types().indexOf(type);
         byte[] bytes = Files.readAllBytes(mFiles.get(role % mFiles.size()).toPath());
-        bytes[0] += (byte) (role == 1 ? version : 0);
+        bytes[0] += (byte) (type.equals(Capability.FACE_DETECTOR) ? version : 0);
         return bytes;
     }
 

@@ -32,14 +32,17 @@ namespace detail {
 template <class T>
 using ConvertOf = Convert<std::decay_t<T>>;
 
+/// Raises, in a handler for any exception, the managed exception for it.
+using Translate = void (*)() noexcept;
+
 /// Runs the body of a native: no exception gets past here.
-template <class Result, class Body>
+template <class Result, Translate translate, class Body>
 Result runNative(JNIEnv* env, const Body& body) noexcept {
   const jni::JniEnvCacher cacher(env);
   try {
     return body();
   } catch (...) {
-    jni::translatePendingCppExceptionToJavaException();
+    translate();
     return Result();
   }
 }
@@ -76,30 +79,32 @@ auto convertArguments(std::pair<typename ConvertOf<Arguments>::Jni, const char*>
       ConvertOf<Arguments>::fromJni(arguments.first, arguments.second)...};
 }
 
-template <auto Function, class Signature, const char*... Names>
+template <Translate translate, auto Function, class Signature, const char*... Names>
 struct Native;
 
-template <auto Function, class Result, class... Arguments, const char*... Names>
-struct Native<Function, Result (*)(Arguments...), Names...> {
+template <Translate translate, auto Function, class Result, class... Arguments,
+          const char*... Names>
+struct Native<translate, Function, Result (*)(Arguments...), Names...> {
   static_assert(sizeof...(Arguments) == sizeof...(Names), "one name per argument");
   using JniType = typename JniResult<Result>::Type;
 
   static JniType call(JNIEnv* env, jclass, typename ConvertOf<Arguments>::Jni... values) noexcept {
-    return runNative<JniType>(env, [&] {
+    return runNative<JniType, translate>(env, [&] {
       auto arguments = convertArguments<Arguments...>({values, Names}...);
       return JniResult<Result>::of([&] { return std::apply(Function, std::move(arguments)); });
     });
   }
 };
 
-template <auto Function, class Peer, class Result, class... Arguments, const char*... Names>
-struct Native<Function, Result (Peer::*)(Arguments...), Names...> {
+template <Translate translate, auto Function, class Peer, class Result, class... Arguments,
+          const char*... Names>
+struct Native<translate, Function, Result (Peer::*)(Arguments...), Names...> {
   static_assert(sizeof...(Arguments) == sizeof...(Names), "one name per argument");
   using JniType = typename JniResult<Result>::Type;
 
   static JniType call(JNIEnv* env, jobject self,
                       typename ConvertOf<Arguments>::Jni... values) noexcept {
-    return runNative<JniType>(env, [&] {
+    return runNative<JniType, translate>(env, [&] {
       auto arguments = convertArguments<Arguments...>({values, Names}...);
       const jni::Pinned<Peer> peer = jni::peerOf<Peer>(self);
       return JniResult<Result>::of([&] {
@@ -112,10 +117,15 @@ struct Native<Function, Result (Peer::*)(Arguments...), Names...> {
 
 }  // namespace detail
 
+/// As `native`, with a translation of exceptions of its own.
+template <detail::Translate translate, auto Function, const char*... Names>
+void* const translatedNative = reinterpret_cast<void*>(
+    &detail::Native<translate, Function, decltype(Function), Names...>::call);
+
 /// The native of a managed method: a static one from a free function, any other from a member
 /// function of the object's peer.
 template <auto Function, const char*... Names>
 void* const native =
-    reinterpret_cast<void*>(&detail::Native<Function, decltype(Function), Names...>::call);
+    translatedNative<&jni::translatePendingCppExceptionToJavaException, Function, Names...>;
 
 }  // namespace zentrel::vistabase::ardelivery

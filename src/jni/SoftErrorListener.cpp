@@ -1,15 +1,11 @@
 #include "jni/SoftErrorListener.h"
 
-#include <atomic>
-
 #include "platform/softerror/softerror.h"
 #include "platform/zentreljni/Lookup.h"
 #include "platform/zentreljni/ManagedData.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
-
-std::atomic<JavaVM*> javaVm{nullptr};
 
 void dispatch(const softerror::Report& report) {
   using jni::make_jstring;
@@ -27,31 +23,24 @@ void dispatch(const softerror::Report& report) {
                                            message.get());
 }
 
-void observe(const softerror::Report& report) {
+void observe(const softerror::Report& report, void* vm) {
   void* current = nullptr;
-  if (javaVm.load()->GetEnv(&current, JNI_VERSION_1_6) != JNI_OK) {
+  if (static_cast<JavaVM*>(vm)->GetEnv(&current, JNI_VERSION_1_6) != JNI_OK) {
     return;
   }
-  auto* const env = static_cast<JNIEnv*>(current);
-  const jni::JniEnvCacher cacher(env);
-  const jni::LocalRef<jthrowable> pending(env->ExceptionOccurred());
-  env->ExceptionClear();
+  const jni::JniEnvCacher cacher(static_cast<JNIEnv*>(current));
+  const jni::PendingSetAside aside;
   try {
     dispatch(report);
   } catch (...) {
     // The managed class may be missing, or memory. The native sink has the report.
-  }
-  env->ExceptionClear();
-  if (pending) {
-    env->Throw(pending.get());
   }
 }
 
 }  // namespace
 
 void listenToSoftErrors(JavaVM* vm) noexcept {
-  javaVm = vm;
-  softerror::setObserver(&observe);
+  softerror::setObserver({&observe, vm});
 }
 
 }  // namespace zentrel::vistabase::ardelivery

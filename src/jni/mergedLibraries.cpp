@@ -1,6 +1,7 @@
 #include "jni/mergedLibraries.h"
 
 #include "jni/SoftErrorListener.h"
+#include "platform/zentreljni/Environment.h"
 #include "platform/zentreljni/initialize.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -24,6 +25,18 @@ jint mergedLibraryOnLoad(JNIEnv* env, jclass) {
   return loadResult(jni::initialize(vm, Register));
 }
 
+/// The stores came after the merge: their natives go with those of the file cache. An app that uses
+/// the raw classes alone may have been shrunken to those.
+void registerFileNatives() {
+  registerFileCacheNatives();
+  JNIEnv* const env = jni::environment();
+  const jni::LocalRef<jclass> stores(env->FindClass(kStoreNativesClass));
+  env->ExceptionClear();
+  if (stores) {
+    registerStoreNatives();
+  }
+}
+
 // Retained: a linker that drops unused sections sees no use of this one.
 [[gnu::section("pre_merge_jni_libraries"), gnu::used, gnu::retain]] const MergedLibrary rows[] = {
     {"jni_lib_merge-stub", nullptr},
@@ -32,7 +45,7 @@ jint mergedLibraryOnLoad(JNIEnv* env, jclass) {
     {"libsegmentation-model-cache-native-android.so",
      &mergedLibraryOnLoad<&registerSegmentationModelCacheNatives>},
     {"libardcache-jni.so", &mergedLibraryOnLoad<&registerFileResourceMetaNatives>},
-    {"liblmardcache-jni.so", &mergedLibraryOnLoad<&registerFileCacheNatives>},
+    {"liblmardcache-jni.so", &mergedLibraryOnLoad<&registerFileNatives>},
 };
 
 }  // namespace

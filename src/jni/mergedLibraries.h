@@ -36,6 +36,9 @@ void registerFacetrackerModelCacheNatives();
 void registerSegmentationModelCacheNatives();
 void registerFileResourceMetaNatives();  ///< Of ARDFileResourceMeta.
 void registerFileCacheNatives();         ///< Of FileCacheBasicImpl.
+void registerStoreNatives();             ///< Of kStoreNativesClass.
+
+constexpr const char* kStoreNativesClass = "com/lumora/camera/effect/qv/modelcache/StoreNatives";
 
 }  // namespace zentrel::vistabase::ardelivery
 

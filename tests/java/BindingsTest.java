@@ -112,10 +112,10 @@ class BindingsTest extends CacheFixture {
                     failureOf(object, method, arguments));
         }
         openNewCache();
-        HybridData foreign = object instanceof FacetrackerModelCache
-                ? SegmentationModelCache.initHybrid(mCache)
-                : FacetrackerModelCache.initHybrid(mCache);
-        field(HybridClassBase.class, "mHybridData").set(object, foreign);
+        Field peer = field(HybridClassBase.class, "mHybridData");
+        HybridData foreign = (HybridData) peer.get(object instanceof FacetrackerModelCache
+                ? new SegmentationModelCache(mCache) : new FacetrackerModelCache(mCache));
+        peer.set(object, foreign);
         assertTrue(failureOf(object, method, arguments).startsWith("java.lang.IllegalArgument"));
         foreign.release();
         assertTrue(failureOf(object, method, arguments).startsWith("java.lang.NullPointer"));
@@ -140,8 +140,10 @@ class BindingsTest extends CacheFixture {
 
     @Test
     void peersThatNobodyReleasesAreFreedAfterCollection() throws Exception {
-        Object destructor = field(HybridData.class, "mDestructor")
-                .get(FileCacheBasicImpl.initHybrid(mRoot.toString(), 1));
+        Object peer = field(HybridClassBase.class, "mHybridData")
+                .get(new FileCacheBasicImpl(mRoot.toString(), 1));
+        Object destructor = field(HybridData.class, "mDestructor").get(peer);
+        peer = null;
         Field pointer = field(destructor.getClass(), "mNativePointer");
         assertNotEquals(0, pointer.getLong(destructor));
         Set<?> pending = (Set<?>) field(destructor.getClass(), "PENDING").get(null);
@@ -188,6 +190,7 @@ class BindingsTest extends CacheFixture {
 
     /** Class and message of what the method throws. */
     private static String failureOf(Object target, Method method, Object... arguments) {
+        method.setAccessible(true); // initHybrid is private
         return assertThrows(InvocationTargetException.class,
                 () -> method.invoke(target, arguments)).getCause().toString();
     }

@@ -1,26 +1,45 @@
 #include "platform/zentreljni/Environment.h"
 
+#include <pthread.h>
+
 #include <stdexcept>
-#include <utility>
+#include <system_error>
 
 namespace zentrel::jni {
 namespace {
 
-thread_local JNIEnv* current = nullptr;
+/// Of the environment of each thread. Android before 10 loads no library that has a thread_local.
+pthread_key_t key() {
+  static const pthread_key_t created = [] {
+    pthread_key_t made;
+    if (const int error = ::pthread_key_create(&made, nullptr)) {
+      throw std::system_error(error, std::generic_category(), "no key for the JNI environment");
+    }
+    return made;
+  }();
+  return created;
+}
+
+JNIEnv* current() {
+  return static_cast<JNIEnv*>(::pthread_getspecific(key()));
+}
 
 }  // namespace
 
-JniEnvCacher::JniEnvCacher(JNIEnv* env) noexcept : outer_(std::exchange(current, env)) {}
+JniEnvCacher::JniEnvCacher(JNIEnv* env) noexcept : outer_(current()) {
+  ::pthread_setspecific(key(), env);
+}
 
 JniEnvCacher::~JniEnvCacher() {
-  current = outer_;
+  ::pthread_setspecific(key(), outer_);
 }
 
 JNIEnv* environment() {
-  if (current == nullptr) {
+  JNIEnv* const env = current();
+  if (env == nullptr) {
     throw std::logic_error("no JNI environment is recorded for this thread");
   }
-  return current;
+  return env;
 }
 
 const char* PendingJavaException::what() const noexcept {

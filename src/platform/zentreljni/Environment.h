@@ -72,4 +72,25 @@ LocalRef<T> checkedLocal(T reference) {
   return owner;
 }
 
+/// While it lives, nothing is pending, so that JNI functions may be called. At its end, what was
+/// pending before is again, in place of what has come up since.
+class PendingSetAside {
+ public:
+  PendingSetAside() : env_(environment()), pending_(env_->ExceptionOccurred()) {
+    env_->ExceptionClear();
+  }
+  PendingSetAside(const PendingSetAside&) = delete;
+  PendingSetAside& operator=(const PendingSetAside&) = delete;
+  ~PendingSetAside() {
+    env_->ExceptionClear();
+    if (pending_) {
+      env_->Throw(pending_.get());
+    }
+  }
+
+ private:
+  JNIEnv* const env_;
+  const LocalRef<jthrowable> pending_;
+};
+
 }  // namespace zentrel::jni

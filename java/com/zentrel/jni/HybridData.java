@@ -32,11 +32,7 @@ public final class HybridData {
         private static final Set<Destructor> PENDING =
                 Collections.newSetFromMap(new ConcurrentHashMap<Destructor, Boolean>());
 
-        static {
-            Thread thread = new DestructorThread();
-            thread.setDaemon(true);
-            thread.start();
-        }
+        private static boolean sThreadStarted;
 
         /** Read and written by native code too. */
         private long mNativePointer;
@@ -44,6 +40,17 @@ public final class HybridData {
         Destructor(HybridData referent) {
             super(referent, UNREACHABLE);
             PENDING.add(this);
+            startThread();
+        }
+
+        /** With the first peer, and not before: stores have none. */
+        private static synchronized void startThread() {
+            if (!sThreadStarted) {
+                DestructorThread thread = new DestructorThread();
+                thread.setDaemon(true);
+                thread.start();
+                sThreadStarted = true;
+            }
         }
 
         /**

@@ -7,6 +7,8 @@ import org.jetbrains.annotations.NotNull;
  * had before.
  */
 public final class MergedSoMapping {
+    private static final String MERGED_LIBRARY = "modelcache";
+
     private static boolean sMergedLibraryLoaded;
 
     private MergedSoMapping() {}
@@ -16,20 +18,30 @@ public final class MergedSoMapping {
      * lets the former library register its natives. Loading a library again does nothing.
      *
      * @param libraryName file name of the former library, such as "libardcache-jni.so"
-     * @throws UnsatisfiedLinkError if there is no such library or it cannot be loaded
+     * @throws UnsatisfiedLinkError if there is no such library or it cannot be loaded, each time
      */
     public static void load(@NotNull String libraryName) {
+        String owner = ownerOf(libraryName);
+        loadMergedLibrary();
         // The class whose natives the library holds is initialized first: its initializer calls
         // this too, and has to come before the lock for whoever holds both.
-        initialize(ownerOf(libraryName));
+        initialize(owner);
         synchronized (MergedSoMapping.class) {
-            if (!sMergedLibraryLoaded) {
-                System.loadLibrary("modelcache");
-                sMergedLibraryLoaded = true;
-            }
             if (invokeJniOnLoad(libraryName) != 0) {
-                throw new UnsatisfiedLinkError("loading " + libraryName + " failed");
+                throw Failure.of("loading " + libraryName + " failed");
             }
+        }
+    }
+
+    private static synchronized void loadMergedLibrary() {
+        if (!sMergedLibraryLoaded) {
+            try {
+                System.loadLibrary(MERGED_LIBRARY);
+            } catch (LinkageError failure) {
+                throw Failure.of(System.mapLibraryName(MERGED_LIBRARY) + " cannot be loaded on "
+                        + System.getProperty("os.arch") + ": " + failure.getMessage());
+            }
+            sMergedLibraryLoaded = true;
         }
     }
 
@@ -45,7 +57,7 @@ public final class MergedSoMapping {
             case "liblmardcache-jni.so":
                 return "com.lumora.camera.effect.qv.modelcache.FileCacheBasicImpl";
             default:
-                throw new UnsatisfiedLinkError("no merged library is called " + libraryName);
+                throw Failure.of("no merged library is called " + libraryName);
         }
     }
 
@@ -67,6 +79,13 @@ public final class MergedSoMapping {
                 return Invoke_JNI_OnLoad.libardcache_jni_so();
             default:
                 return Invoke_JNI_OnLoad.liblmardcache_jni_so();
+        }
+    }
+
+    /** A class of its own, since an error that a class names is loaded with it: slow at startup. */
+    private static final class Failure {
+        static Error of(String message) {
+            return new UnsatisfiedLinkError(message);
         }
     }
 

@@ -4,23 +4,78 @@ import java.util.Arrays;
 import java.util.Collections;
 import java.util.List;
 import org.jetbrains.annotations.NotNull;
+import org.jetbrains.annotations.Nullable;
 
-/** What models are for. A version of a capability is complete when it has one file of each type. */
-public enum Capability {
+/**
+ * What models are for. A version of a capability is complete when it has one file of each type.
+ * Compares by value; immutable.
+ */
+public final class Capability {
+    /** Types of {@link #FACE_TRACKING}. */
+    public static final String FACE_TRACKER = "face_tracker_model.bin";
+    public static final String FACE_DETECTOR = "face_detector_model.bin";
+    public static final String FEATURES = "features_model.bin";
+    public static final String PDM_MULTIRES = "pdm_multires.bin";
+    /** Types of {@link #SEGMENTATION}. */
+    public static final String INIT_NET = "seg_init_net.pb";
+    public static final String PREDICT_NET = "seg_predict_net.pb";
+
     /** Face tracking: four files. */
-    FACE_TRACKING("face_tracker_model.bin", "face_detector_model.bin", "features_model.bin",
-            "pdm_multires.bin"),
+    public static final Capability FACE_TRACKING = new Capability(
+            "FACE_TRACKING", FACE_TRACKER, FACE_DETECTOR, FEATURES, PDM_MULTIRES);
     /** Segmentation: two files. */
-    SEGMENTATION("seg_init_net.pb", "seg_predict_net.pb");
+    public static final Capability SEGMENTATION =
+            new Capability("SEGMENTATION", INIT_NET, PREDICT_NET);
 
+    private final String mName;
     private final List<String> mTypes;
 
-    Capability(String... types) {
+    /**
+     * A capability of your own. Names and types are made of letters, digits, "-", "_" and "." and do
+     * not begin with a dot; each has at most 180 characters.
+     *
+     * @param name not that of a known one with other types
+     * @param types 1 to 64 types of models, all different
+     * @return the capability
+     * @throws IllegalArgumentException if that is no capability
+     */
+    public static @NotNull Capability of(@NotNull String name, @NotNull String... types) {
+        if (name == null || types == null || Arrays.asList(types).contains(null)) {
+            throw new IllegalArgumentException("a capability needs a name and types");
+        }
+        StoreNatives.load();
+        StoreNatives.checkCapability(name, types);
+        return new Capability(name, types.clone());
+    }
+
+    private Capability(String name, String... types) {
+        mName = name;
         mTypes = Collections.unmodifiableList(Arrays.asList(types));
+    }
+
+    /** {@return its name} */
+    public @NotNull String name() {
+        return mName;
     }
 
     /** {@return the types of its models, in their fixed order} */
     public @NotNull List<String> types() {
         return mTypes;
+    }
+
+    @Override
+    public boolean equals(@Nullable Object other) {
+        return other instanceof Capability && mName.equals(((Capability) other).mName)
+                && mTypes.equals(((Capability) other).mTypes);
+    }
+
+    @Override
+    public int hashCode() {
+        return mName.hashCode() + mTypes.hashCode();
+    }
+
+    @Override
+    public @NotNull String toString() {
+        return mName;
     }
 }

@@ -1,166 +1,177 @@
 package com.lumora.camera.effect.qv.modelcache;
 
-import java.io.File;
-import java.io.FileOutputStream;
 import java.io.IOException;
+import java.io.InterruptedIOException;
 import java.io.OutputStream;
-import java.util.Collections;
 import org.jetbrains.annotations.NotNull;
 
-/** Writes an entry beside the others; {@link #commit} makes it one. */
+/**
+ * Writes an entry to a temporary file; {@link #commit} makes it one. Any thread. Where the content is
+ * known beforehand, the bytes that an earlier writer got are kept: begin at {@link #offset}, or
+ * {@link #restart}.
+ *
+ * <p>On an interrupted thread, writing and committing throw {@link InterruptedIOException} and change
+ * nothing; the thread stays interrupted.
+ */
 public class EntryWriter extends OutputStream {
-    final FileStore mStore;
-    final String mName;
-    final File mPart;
-    private FileOutputStream mOut; // null once closed
-    private long mSize;
+    private static final int BUFFER = 1 << 12;
 
-    EntryWriter(FileStore store, String name, long kept) throws IOException {
-        mStore = store;
-        mName = name;
-        mPart = store.entries().part(name);
-        openPart(kept);
+    private final long mHandle;
+    private final boolean mIsKept;
+    private byte[] mBuffer; // for single bytes
+    private int mBuffered;
+    private boolean mClosed;
+
+    /** @param isKept whether what was not committed is kept when it is closed */
+    EntryWriter(long handle, boolean isKept) {
+        mHandle = handle;
+        mIsKept = isKept;
     }
 
-    @Override
-    public final void write(int b) throws IOException {
-        write(new byte[] {(byte) b}, 0, 1);
-    }
-
-    /** Fails as soon as the whole budget is exceeded. */
-    @Override
-    public synchronized void write(
-            @NotNull byte[] bytes, int offset, int length) throws IOException {
-        requireWithin(bytes, offset, length);
-        requireOpen();
-        if (length > mStore.maxSizeBytes() - mSize) {
-            throw new IOException("more than the whole budget of " + mStore.maxSizeBytes()
-                    + " bytes: " + mPart);
+    /** Throws what an interrupted thread is to get. */
+    static void requireUninterrupted() throws InterruptedIOException {
+        if (Thread.currentThread().isInterrupted()) {
+            throw new InterruptedIOException("the thread was interrupted");
         }
-        append(bytes, offset, length);
     }
 
     /**
-     * Makes what was written the entry, in place of an earlier one and of its extra bytes, and
-     * closes the writer. Once this returns, the entry outlasts a power cut. If it throws, what was
-     * there before is there or, when only the last sync failed, the new entry.
-     *
-     * @throws IOException if it is too much for the budget, or the disk fails
+     * {@return where the next byte that is written comes to lie} If that is the whole size of known
+     * content, there is nothing left to fetch: commit.
      */
-    public synchronized void commit() throws IOException {
-        mStore.requireOutside();
+    public synchronized long offset() {
+        return StoreNatives.offset(mHandle) + mBuffered;
+    }
+
+    /**
+     * Drops what has been written.
+     *
+     * @throws IOException if the disk fails, and the writer is closed
+     */
+    public synchronized void restart() throws IOException {
         requireOpen();
-        try {
-            check();
-            syncPart();
-            if (mPart.length() != mSize) {
-                throw new IOException(mPart + " was changed by somebody else");
-            }
-            place();
-        } finally {
-            close();
-        }
+        mBuffered = 0;
+        StoreNatives.restart(mHandle);
     }
 
-    /** What was not committed is dropped. */
     @Override
-    public synchronized void close() throws IOException {
-        mStore.requireOutside();
-        if (mOut != null) {
-            try {
-                closePart();
-                abandon();
-            } finally {
-                mStore.writers().remove(this);
-            }
+    public final synchronized void write(int b) throws IOException {
+        requireOpen();
+        if (mBuffer == null) {
+            mBuffer = new byte[BUFFER];
+        }
+        if (mBuffered == 0) {
+            requireUninterrupted();
+            StoreNatives.offset(mHandle); // which throws if the store is closed
+        }
+        mBuffer[mBuffered++] = (byte) b;
+        if (mBuffered == BUFFER) {
+            flush();
         }
     }
 
-    /** Throws what is wrong with what was written. */
-    void check() throws IOException {}
-
-    /** Makes the part the entry. */
-    void place() throws IOException {
-        mStore.enter();
-        try {
-            mStore.entries().makeRoom(mSize - Disk.size(mStore.entries().file(mName)),
-                    mStore.maxSizeBytes(), Collections.singleton(mName));
-            mStore.place(mName);
-        } finally {
-            mStore.leave();
-        }
-    }
-
-    /** Does away with the part, if it has not become an entry. */
-    void abandon() throws IOException {
-        mStore.disk().delete(mPart);
-    }
-
-    /** Bytes in the part. */
-    final long size() {
-        return mSize;
-    }
-
-    /** Of what fails, nobody knows how much was written: nothing more can be, then. */
-    final void append(byte[] bytes, int offset, int length) throws IOException {
-        boolean written = false;
-        try {
-            mOut.write(bytes, offset, length);
-            written = true;
-        } catch (IOException failure) {
-            throw Disk.named(mPart, failure);
-        } finally {
-            if (!written) {
-                close();
-            }
-        }
-        mSize += length;
-    }
-
-    static void requireWithin(byte[] bytes, int offset, int length) {
+    /**
+     * Appends bytes. A writer that fails is closed.
+     *
+     * @throws StoreException for {@link StoreException.Reason#WRONG_CONTENT} if known content has fewer
+     *     bytes, all of which are dropped; for {@link StoreException.Reason#NO_ROOM} if an entry becomes
+     *     larger than the whole budget
+     */
+    @Override
+    public synchronized void write(
+            @NotNull byte[] bytes, int offset, int length) throws IOException {
         if ((offset | length) < 0 || length > bytes.length - offset) {
             throw new IndexOutOfBoundsException(
                     offset + " and " + length + " of " + bytes.length + " bytes");
         }
+        requireOpen();
+        flush();
+        requireUninterrupted();
+        append(bytes, offset, length);
     }
 
-    /** Opens the part, which keeps so many bytes: all that it has, or none. */
-    final void openPart(long size) throws IOException {
-        closePart();
-        if (mPart.isDirectory()) {
-            mStore.disk().delete(mPart);
-        }
-        mOut = mStore.disk().open(mPart, size > 0);
-        mSize = size;
-    }
-
-    final void requireOpen() throws IOException {
-        if (mOut == null) {
-            mStore.requireOpen();
-            throw new IOException("the writer is closed: " + mPart);
+    @Override
+    public synchronized void flush() throws IOException {
+        if (mBuffered > 0) {
+            requireUninterrupted();
+            int length = mBuffered;
+            mBuffered = 0;
+            append(mBuffer, 0, length);
         }
     }
 
-    /** What failed to be synced once may never be, although a second attempt succeeds. */
-    private void syncPart() throws IOException {
-        boolean synced = false;
+    private void append(byte[] bytes, int offset, int length) throws IOException {
         try {
-            mStore.disk().sync(mOut);
-            synced = true;
-        } catch (IOException failure) {
-            throw Disk.named(mPart, failure);
-        } finally {
-            if (!synced) {
-                mPart.delete();
-            }
+            StoreNatives.append(mHandle, bytes, offset, length);
+        } catch (StoreException failure) {
+            closeHandle(); // as it is natively
+            throw failure;
         }
     }
 
-    private void closePart() throws IOException {
-        FileOutputStream out = mOut;
-        mOut = null;
-        if (out != null) {
-            out.close();
+    /**
+     * Makes what was written the entry, in place of an earlier one and of its extra bytes, and closes
+     * the writer. Once this returns, the entry outlasts a power cut. If it throws, what was there
+     * before is there or, when only the last sync failed, the new entry.
+     *
+     * @throws InterruptedIOException if the thread is interrupted; the writer stays open
+     * @throws StoreException for {@link StoreException.Reason#TOO_SHORT} if bytes of known content are
+     *     missing, which can still come: what there is is kept for the next writer; for {@link
+     *     StoreException.Reason#WRONG_CONTENT} if the bytes are not the right ones, and dropped; for
+     *     {@link StoreException.Reason#NO_ROOM} if they are too many for the budget
+     * @throws IOException if the disk fails
+     */
+    public synchronized void commit() throws IOException {
+        requireOpen();
+        requireUninterrupted();
+        try {
+            flush();
+            StoreNatives.commit(mHandle);
+        } finally {
+            closeHandle();
+        }
+    }
+
+    /** Ends the writing. Calling it again does nothing. */
+    @Override
+    public synchronized void close() throws IOException {
+        if (mClosed) {
+            return;
+        }
+        try {
+            if (mIsKept && mBuffered > 0) {
+                StoreNatives.append(mHandle, mBuffer, 0, mBuffered);
+            }
+        } catch (IllegalStateException ended) {
+            // By the update or the store.
+        } finally {
+            closeHandle();
+        }
+    }
+
+    /** This writer for a fetcher, who is not to commit it. */
+    EntryWriter forFetcher() {
+        return new EntryWriter(mHandle, true) {
+            @Override
+            public synchronized void commit() throws IOException {
+                flush();
+            }
+
+            @Override
+            public synchronized void close() throws IOException {
+                flush();
+            }
+        };
+    }
+
+    private void closeHandle() {
+        StoreNatives.close(mHandle); // which a listener may not
+        mClosed = true;
+    }
+
+    private void requireOpen() throws IOException {
+        if (mClosed) {
+            throw new StoreException(StoreException.Reason.IO, "the writer is closed");
         }
     }
 }

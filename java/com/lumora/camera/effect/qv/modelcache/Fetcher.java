@@ -7,11 +7,12 @@ import org.jetbrains.annotations.NotNull;
 /** Gets the bytes of an entry that is not there yet. */
 public interface Fetcher {
     /**
-     * Writes all of the entry, or throws.
+     * Writes all of the entry, or throws. Returning says that the entry is complete: what ends early
+     * has to be thrown, such as a {@link StoreException} for {@link StoreException.Reason#TOO_SHORT}.
      *
      * @param key the key of the entry
      * @param out takes its bytes; closing it does nothing
-     * @throws IOException if they cannot be got
+     * @throws IOException if they cannot be fetched
      */
     void fetch(@NotNull String key, @NotNull OutputStream out) throws IOException;
 }

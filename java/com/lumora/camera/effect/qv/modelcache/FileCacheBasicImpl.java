@@ -6,8 +6,6 @@ import com.zentrel.vistabase.assets.tesselcache.ARDFileCache;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileCacheEntry;
 import com.zentrel.vistabase.assets.tesselcache.ARDFileResourceMeta;
 import java.io.File;
-import java.io.IOException;
-import java.util.Arrays;
 import java.util.Map;
 import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
@@ -44,31 +42,8 @@ public class FileCacheBasicImpl extends ARDFileCache {
      * @throws NullPointerException if the cache is closed
      */
     public boolean recoverMetadata() {
-        File metadata = new File(mRoot, "metadata.json");
-        File aside = new File(mRoot, ".metadata.json.damaged");
-        try {
-            byte[] read = Snapshot.bytesOf(metadata);
-            SoftErrors.Capture capture = SoftErrors.capture();
-            String failure;
-            try {
-                getSize();
-            } finally {
-                failure = capture.end();
-            }
-            boolean damaged = read == null ? metadata.exists()
-                    : failure != null && failure.startsWith("Error for getSize: Deserializing failed: '");
-            if (damaged) {
-                new Disk().rename(metadata, aside);
-                if (read != null && !Arrays.equals(read, Snapshot.bytesOf(aside))) {
-                    new Disk().rename(aside, metadata); // Somebody mended it in the meantime.
-                    return false;
-                }
-                SoftErrors.report("recoverMetadata", "set " + metadata + " aside as " + aside);
-            }
-            return damaged;
-        } catch (IOException readOnly) {
-            return false;
-        }
+        flush(); // which throws if the cache is closed, and does nothing else
+        return StoreNatives.recoverMetadata(mRoot.getPath());
     }
 
     /**
@@ -77,7 +52,7 @@ public class FileCacheBasicImpl extends ARDFileCache {
      * @param rootPath the root directory
      * @param maxSizeBytes the budget
      */
-    public static native @NotNull HybridData initHybrid(
+    private static native @NotNull HybridData initHybrid(
             @NotNull String rootPath, long maxSizeBytes);
 
     @Override

@@ -2,36 +2,28 @@ package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.Closeable;
 import java.io.File;
+import java.io.FilterOutputStream;
 import java.io.IOException;
-import java.util.Collections;
-import java.util.concurrent.locks.ReentrantLock;
+import java.util.Arrays;
+import java.util.List;
+import java.util.concurrent.Callable;
 import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
 
 /**
  * Files under one root directory, each under a key, within a byte budget: what was not used for
- * longest goes first. Safe by itself: any thread may call any method at any time; a kill, a power
- * cut or a full disk costs no committed entry; and a root has one store, in this process and in all
- * others.
+ * longest goes first. Any thread may call any method at any time; a kill, a power cut or a full disk
+ * costs no committed entry; and a root has one store, in this process and in all others. A store that
+ * is dropped without {@link #close} keeps its root until the process ends.
  *
- * <p>Failures are IOExceptions. A closed store throws IllegalStateException, and so does one that is
- * called from a {@link SoftErrors.Listener} in the middle of a call of its own.
+ * <p>Any text is a key whose file name has at most 244 characters; otherwise, methods throw
+ * IllegalArgumentException. Failures are IOExceptions, most of them a {@link StoreException} with a
+ * reason. A closed store throws IllegalStateException, and so does one that is called from a
+ * {@link SoftErrors.Listener} in the middle of a call of its own.
  */
 public final class FileStore implements Closeable {
-    private final File mRoot;
-    private final long mMaxSizeBytes;
-    private final Disk mDisk;
-    private final Entries mEntries;
-    private final RootLock mRootLock;
-
-    /** Held by whatever changes the root, but never while the bytes of an entry are on their way. */
-    private final ReentrantLock mLock = new ReentrantLock();
-
-    private final Writers mWriters = new Writers(this);
-    private final Flights mFlights = new Flights(this);
-    private final Object mClosing = new Object();
-    private volatile boolean mClosed;
-    private NativeCache mNatives; // made when it is first needed
+    private final long mHandle;
+    private final SingleFlight mFlights = new SingleFlight();
 
     /**
      * Opens the store of a directory, which is created if it is missing.
@@ -40,43 +32,18 @@ public final class FileStore implements Closeable {
      * @param maxSizeBytes the budget of all entries together
      * @return the store, to be closed
      * @throws IOException if another store has the root; the message says which
-     * @throws IllegalArgumentException if the budget is negative, or if the root has the versions of a
-     *     {@link ModelStore}, whose files would be entries like others
+     * @throws IllegalArgumentException if the budget is negative, or if the root holds the models of a
+     *     {@link ModelStore}
+     * @throws UnsatisfiedLinkError if there is no native library for this device
      */
     public static @NotNull FileStore open(
             @NotNull File root, long maxSizeBytes) throws IOException {
-        if (maxSizeBytes < 0) {
-            throw new IllegalArgumentException("negative budget: " + maxSizeBytes);
-        }
-        File absolute = root.getAbsoluteFile();
-        Disk disk = new Disk();
-        disk.createFolder(absolute);
-        FileStore store = new FileStore(absolute, maxSizeBytes, disk, new RootLock(absolute));
-        boolean opened = false;
-        try {
-            if (new File(absolute, Snapshot.NAME).exists()) {
-                throw new IllegalArgumentException(root + " has the versions of a model store");
-            }
-            store.mEntries.dropUnfinished(Collections.<String>emptySet());
-            store.natives().reload();
-            opened = true;
-        } catch (IOException failure) { // of a read-only disk, say, of which entries can be got
-            SoftErrors.report("open", failure.toString());
-            opened = true;
-        } finally {
-            if (!opened) {
-                store.close();
-            }
-        }
-        return store;
+        StoreNatives.load();
+        return new FileStore(StoreNatives.openFiles(root.getAbsolutePath(), maxSizeBytes));
     }
 
-    FileStore(File root, long maxSizeBytes, Disk disk, RootLock rootLock) {
-        mRoot = root;
-        mMaxSizeBytes = maxSizeBytes;
-        mDisk = disk;
-        mRootLock = rootLock;
-        mEntries = new Entries(root, disk);
+    private FileStore(long handle) {
+        mHandle = handle;
     }
 
     /**
@@ -88,17 +55,13 @@ public final class FileStore implements Closeable {
      * @throws IOException if the disk fails
      */
     public @Nullable File get(@NotNull String key) throws IOException {
-        String name = Entries.nameOf(key);
-        requireOpen();
-        if (!mEntries.has(name)) {
-            return null;
-        }
-        mEntries.touch(name);
-        return mEntries.file(name);
+        String path = StoreNatives.get(mHandle, key);
+        return path == null ? null : new File(path);
     }
 
     /**
-     * Begins to write an entry. What is there stays until the writer commits.
+     * Begins to write an entry. What is there stays until the writer commits; what is not committed is
+     * dropped.
      *
      * @param key the key of the entry
      * @return its writer, to be closed
@@ -106,24 +69,30 @@ public final class FileStore implements Closeable {
      * @throws IOException if the disk fails
      */
     public @NotNull EntryWriter write(@NotNull String key) throws IOException {
-        String name = Entries.nameOf(key);
-        enter();
-        try {
-            requireForWriting();
-            mWriters.requireUnwritten(name);
-            mEntries.dropOldExtra(name);
-            EntryWriter writer = new EntryWriter(this, name, 0);
-            mWriters.add(writer);
-            return writer;
-        } finally {
-            leave();
-        }
+        return new EntryWriter(StoreNatives.write(mHandle, key), false);
     }
 
     /**
-     * The file of an entry, which {@code fetcher} gets if there is none. Of several threads that
-     * ask for one key, one fetches, and the others wait for what becomes of it. What the fetcher
-     * throws, the thread that fetches gets as it is.
+     * The same for known content: the commit checks it, and what an earlier writer of that content
+     * got, also before a kill, is resumed.
+     *
+     * @param key the key of the entry
+     * @param sizeBytes the size of the entry
+     * @param sha256 the SHA-256 digest of its bytes, 64 hexadecimal digits
+     * @return its writer, to be closed
+     * @throws IllegalArgumentException if the size is negative or the digest is none
+     * @throws IllegalStateException if the entry is being written already
+     * @throws IOException if it is larger than the budget, or if the disk fails
+     */
+    public @NotNull EntryWriter write(@NotNull String key, long sizeBytes, @NotNull String sha256)
+            throws IOException {
+        return new EntryWriter(StoreNatives.writeKnown(mHandle, key, sizeBytes, sha256), true);
+    }
+
+    /**
+     * The file of an entry, which {@code fetcher} gets if there is none. Of several threads that ask
+     * for one key, one fetches, and the others wait for the result. What the fetcher throws, the thread
+     * that fetches gets as it is.
      *
      * @param key the key of the entry
      * @param fetcher gets its bytes
@@ -132,13 +101,73 @@ public final class FileStore implements Closeable {
      * @throws IllegalStateException if the entry is being written, if fetchers wait for each other or,
      *     on a thread that waited, if the fetcher threw anything but an IOException
      */
-    public @NotNull File getOrFetch(
-            @NotNull String key, @NotNull Fetcher fetcher) throws IOException {
+    public @NotNull File getOrFetch(final @NotNull String key, final @NotNull Fetcher fetcher)
+            throws IOException {
+        return mFlights.run(key, new Callable<File>() {
+            @Override
+            public File call() throws IOException {
+                File found = get(key);
+                if (found != null) {
+                    return found;
+                }
+                try (final EntryWriter out = write(key)) {
+                    fetcher.fetch(key, new FilterOutputStream(out) {
+                        @Override
+                        public void write(byte[] bytes, int offset, int length)
+                                throws IOException {
+                            out.write(bytes, offset, length);
+                        }
+
+                        @Override
+                        public void close() {} // That it is complete is said by the fetcher's return.
+                    });
+                    out.commit();
+                }
+                return fetched(key);
+            }
+        });
+    }
+
+    private File fetched(String key) throws IOException {
         File file = get(key);
-        if (file != null) {
-            return file;
+        if (file == null) {
+            throw new IOException("removed as soon as it was fetched: " + key);
         }
-        return mFlights.fetch(key, fetcher);
+        return file;
+    }
+
+    /**
+     * The same for known content. An entry of that size that is there already is not read again.
+     *
+     * @param key the key of the entry
+     * @param sizeBytes the size of the entry
+     * @param sha256 the SHA-256 digest of its bytes, 64 hexadecimal digits
+     * @param fetcher gets its bytes
+     * @return its file
+     * @throws IOException if the fetcher or the disk fails, or if the content is not the right one
+     * @throws IllegalArgumentException if the size is negative or the digest is none
+     * @throws IllegalStateException as without known content
+     */
+    public @NotNull File getOrFetch(final @NotNull String key, final long sizeBytes,
+            final @NotNull String sha256, final @NotNull ResumingFetcher fetcher)
+            throws IOException {
+        return mFlights.run(key, new Callable<File>() {
+            @Override
+            public File call() throws IOException {
+                File found = get(key);
+                if (found != null && found.length() == sizeBytes) {
+                    return found;
+                }
+                long handle = StoreNatives.writeKnown(mHandle, key, sizeBytes, sha256);
+                try (EntryWriter out = new EntryWriter(handle, true)) {
+                    EntryWriter lent = out.forFetcher();
+                    fetcher.fetch(key, lent);
+                    lent.flush();
+                    out.commit();
+                }
+                return fetched(key);
+            }
+        });
     }
 
     /**
@@ -149,29 +178,16 @@ public final class FileStore implements Closeable {
      * @throws IOException if the disk fails
      */
     public boolean remove(@NotNull String key) throws IOException {
-        String name = Entries.nameOf(key);
-        enter();
-        try {
-            requireForWriting();
-            if (!mEntries.has(name)) {
-                return false;
-            }
-            mEntries.drop(Collections.singleton(name));
-            natives().reload();
-            return true;
-        } finally {
-            leave();
-        }
+        return StoreNatives.remove(mHandle, key);
     }
 
     /**
-     * {@return the bytes of all entries together}
+     * Deletes all entries, and what unfinished writers have left.
      *
      * @throws IOException if the disk fails
      */
-    public long size() throws IOException {
-        requireOpen();
-        return mEntries.size();
+    public void clear() throws IOException {
+        StoreNatives.clear(mHandle);
     }
 
     /**
@@ -181,148 +197,53 @@ public final class FileStore implements Closeable {
      * @throws IOException if the disk fails
      */
     public @Nullable byte[] extra(@NotNull String key) throws IOException {
-        String name = Entries.nameOf(key);
-        enter();
-        try {
-            return mEntries.has(name) ? mEntries.extra(name) : null;
-        } finally {
-            leave();
-        }
+        return StoreNatives.extra(mHandle, key);
     }
 
     /**
-     * Gives an entry extra bytes, in place of those that it has.
+     * Gives an entry extra bytes, in place of those that it has. They go with its content.
      *
      * @param key the key of the entry
-     * @param extra any bytes
+     * @param extra any bytes, 16 MiB at most
      * @return false if there is no such entry
      * @throws IOException if the disk fails
      */
     public boolean setExtra(@NotNull String key, @NotNull byte[] extra) throws IOException {
-        String name = Entries.nameOf(key);
-        enter();
-        try {
-            requireForWriting();
-            if (!mEntries.has(name)) {
-                return false;
-            }
-            mEntries.replaceExtra(name, extra);
-            return true;
-        } finally {
-            leave();
-        }
+        return StoreNatives.setExtra(mHandle, key, extra);
+    }
+
+    /**
+     * {@return the keys of all entries, in no particular order} What others have put into the root under
+     * a name that no key has counts for {@link #size}, but is not among them.
+     *
+     * @throws IOException if the disk fails
+     */
+    public @NotNull List<String> keys() throws IOException {
+        return Arrays.asList(StoreNatives.keys(mHandle));
+    }
+
+    /**
+     * {@return the bytes of all entries together, as they lie on the disk now}
+     *
+     * @throws IOException if the disk fails
+     */
+    public long size() throws IOException {
+        return StoreNatives.sizeBytes(mHandle);
+    }
+
+    /**
+     * Changes the budget, which the next commit keeps.
+     *
+     * @param bytes the budget of all entries together
+     * @throws IllegalArgumentException if it is negative
+     */
+    public void setMaxSizeBytes(long bytes) {
+        StoreNatives.setMaxSizeBytes(mHandle, bytes);
     }
 
     /** Ends all writing and lets go of the root. Calling it again does nothing. */
     @Override
     public void close() {
-        requireOutside();
-        synchronized (mClosing) { // Who calls it at the same time returns when it is done.
-            lock();
-            boolean wasClosed = mClosed;
-            mClosed = true;
-            leave();
-            if (!wasClosed) {
-                closeAll();
-            }
-        }
-    }
-
-    private void closeAll() {
-        try {
-            mWriters.closeAll();
-        } finally {
-            if (mNatives != null) {
-                mNatives.close();
-            }
-            mRootLock.close();
-        }
-    }
-
-    // The rest is for the writers and the model store.
-
-    /** Takes the lock, of an open store. */
-    void enter() {
-        lock();
-        if (mClosed) {
-            leave();
-            requireOpen();
-        }
-    }
-
-    /** Takes the lock, of a store that may be closed. */
-    void lock() {
-        requireOutside();
-        mLock.lock();
-    }
-
-    void requireOutside() {
-        if (mLock.isHeldByCurrentThread()) {
-            throw new IllegalStateException("called in the middle of another call of the store");
-        }
-    }
-
-    void leave() {
-        mLock.unlock();
-    }
-
-    void requireOpen() {
-        if (mClosed) {
-            throw new IllegalStateException("the store is closed: " + mRoot);
-        }
-    }
-
-    /** Whether the root has become writable only now, and may look otherwise than it did. */
-    boolean lockForWriting() throws IOException {
-        return mRootLock.lockForWriting();
-    }
-
-    boolean isForWriting() {
-        return mRootLock.isForWriting();
-    }
-
-    private void requireForWriting() throws IOException {
-        if (lockForWriting()) {
-            mEntries.dropUnfinished(mWriters.names());
-        }
-    }
-
-    long maxSizeBytes() {
-        return mMaxSizeBytes;
-    }
-
-    File root() {
-        return mRoot;
-    }
-
-    Disk disk() {
-        return mDisk;
-    }
-
-    Entries entries() {
-        return mEntries;
-    }
-
-    Writers writers() {
-        return mWriters;
-    }
-
-    NativeCache natives() {
-        if (mNatives == null) {
-            mNatives = new NativeCache(mRoot);
-        }
-        return mNatives;
-    }
-
-    /** Whether the native records are as they should be, as far as they were written here. */
-    boolean areRecordsCurrent() {
-        return mNatives == null || mNatives.isCurrent();
-    }
-
-    /** Makes what was written the entry, for which there is room. */
-    void place(String name) throws IOException {
-        natives().require(name);
-        mEntries.place(name);
-        natives().adopt(name);
+        StoreNatives.close(mHandle);
     }
 }

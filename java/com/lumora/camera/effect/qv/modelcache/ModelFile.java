@@ -1,5 +1,7 @@
 package com.lumora.camera.effect.qv.modelcache;
 
+import java.util.ArrayList;
+import java.util.List;
 import java.util.Locale;
 import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
@@ -33,6 +35,16 @@ public final class ModelFile {
         mType = type;
         mSizeBytes = sizeBytes;
         mSha256 = sha256.toLowerCase(Locale.ROOT);
+    }
+
+    /** Of the parts that native code gives: types, sizes and digests. */
+    static List<ModelFile> listOf(Object[] parts) {
+        String[] types = (String[]) parts[0];
+        List<ModelFile> files = new ArrayList<>();
+        for (int i = 0; i < types.length; ++i) {
+            files.add(new ModelFile(types[i], ((long[]) parts[1])[i], ((String[]) parts[2])[i]));
+        }
+        return files;
     }
 
     /** {@return one of {@link Capability#types}} */

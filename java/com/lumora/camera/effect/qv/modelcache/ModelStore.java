@@ -3,37 +3,31 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.Closeable;
 import java.io.File;
 import java.io.IOException;
+import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
 
 /**
- * The versions of one capability's models, under one root directory, within a byte budget. Safe by
- * itself: any thread may call any method at any time; after a kill, a power cut, a full disk or
- * damage to the store's own files the active version is there, as long as its model files are whole;
- * and a root has one store, in this process and in all others.
+ * The versions of one capability's models, under one root directory, within a byte budget. Any thread
+ * may call any method at any time; after a kill, a power cut, a full disk or damage to the store's own
+ * files the active version is there, as long as its model files are whole; and a root has one store,
+ * in this process and in all others. A store that is dropped without {@link #close} keeps its root
+ * until the process ends.
  *
- * <p>Failures are IOExceptions. A closed store throws IllegalStateException, and so does one that is
- * called from a {@link SoftErrors.Listener} in the middle of a call of its own; {@link #paths},
- * {@link #activeVersion} and {@link #versions} may be called even there.
+ * <p>Failures are IOExceptions, most of them a {@link StoreException} with a reason. A closed store
+ * throws IllegalStateException, and so does one that is called from a {@link SoftErrors.Listener} in
+ * the middle of a call of its own; {@link #paths}, {@link #activeVersion} and {@link #versions} may be
+ * called even there.
  */
 public final class ModelStore implements Closeable {
-    private final File mRoot;
+    private final String mRoot;
     private final Capability mCapability;
-    private final long mMaxSizeBytes;
-    private final Disk mDisk;
-    private final RootLock mRootLock;
+    private final long mHandle;
 
-    /** What is told without asking the disk; null once closed. */
+    /** What is told without a native call; null once closed. */
     private volatile Snapshot mSnapshot;
-
-    /** All the rest. An app that only asks for its paths never needs it, nor anything native. */
-    private volatile ModelStoreImpl mImpl;
-
-    private final Object mOpening = new Object(); // Not this: apps may lock a store.
-    private final Object mClosing = new Object();
-    private boolean mClosed;
 
     /**
      * Opens the store of a directory, which is created if it is missing. What is damaged is mended,
@@ -44,49 +38,25 @@ public final class ModelStore implements Closeable {
      * @param maxSizeBytes the budget of all model files together
      * @return the store, to be closed
      * @throws IOException if another store has the root; the message says which
-     * @throws IllegalArgumentException if the root has the models of another capability, or if the
-     *     budget is negative
+     * @throws IllegalArgumentException if the budget is negative, or if the root holds anything else
+     *     than models of this capability
+     * @throws UnsatisfiedLinkError if there is no native library for this device
      */
     public static @NotNull ModelStore open(
             @NotNull File root, @NotNull Capability capability, long maxSizeBytes)
             throws IOException {
-        return open(root, capability, maxSizeBytes, null);
+        if (capability == null) {
+            throw new IllegalArgumentException("no capability");
+        }
+        StoreNatives.load();
+        return new ModelStore(root.getAbsolutePath(), capability, maxSizeBytes);
     }
 
-    /** On a disk that stands in for the real one, unless it is null. */
-    static ModelStore open(File root, Capability capability, long maxSizeBytes, Disk disk)
-            throws IOException {
-        if (capability == null || maxSizeBytes < 0) {
-            throw new IllegalArgumentException(
-                    "no capability, or a negative budget: " + capability + ", " + maxSizeBytes);
-        }
-        File absolute = root.getAbsoluteFile();
-        if (!absolute.isDirectory()) {
-            new Disk().createFolder(absolute);
-        }
-        ModelStore store = new ModelStore(absolute, capability, maxSizeBytes, disk);
-        boolean opened = false;
-        try {
-            store.mSnapshot = Snapshot.asLeft(absolute, capability);
-            if (store.mSnapshot == null) {
-                store.impl();
-            }
-            opened = true;
-            return store;
-        } finally {
-            if (!opened) {
-                store.close();
-            }
-        }
-    }
-
-    private ModelStore(File root, Capability capability, long maxSizeBytes, Disk disk)
-            throws IOException {
+    private ModelStore(String root, Capability capability, long maxSizeBytes) throws IOException {
         mRoot = root;
         mCapability = capability;
-        mMaxSizeBytes = maxSizeBytes;
-        mDisk = disk;
-        mRootLock = new RootLock(root);
+        mHandle = StoreNatives.openModels(this, root, capability.name(),
+                capability.types().toArray(new String[0]), maxSizeBytes);
     }
 
     /**
@@ -107,20 +77,50 @@ public final class ModelStore implements Closeable {
     }
 
     /**
-     * Begins to get a version, for which it makes room: the versions that have not been active for
-     * longest go, then files of no version, but never the active version. What earlier updates to
-     * other versions left unfinished goes too.
+     * As {@link #begin(int, List, Room)} with {@link Room#KEEP_ACTIVE}.
      *
      * @param version the number of the version
      * @param files one for each of the capability's types
      * @return the update, to be closed
-     * @throws IOException if the active version and this one do not fit the budget together, or if the
-     *     disk fails
+     * @throws IOException if there is no room, or if the disk fails
      * @throws IllegalArgumentException if a type is missing, repeated or unknown
      * @throws IllegalStateException if another update is running
      */
     public @NotNull Update begin(int version, @NotNull List<ModelFile> files) throws IOException {
-        return impl().begin(version, files);
+        return begin(version, files, Room.KEEP_ACTIVE);
+    }
+
+    /**
+     * Begins an update to a version. Files that lie in the root already, also those that the raw
+     * classes have put there, are taken instead of being missing. Room is made for the others: the
+     * versions that have not been active for longest go, then files of no version. What earlier updates
+     * to other versions left unfinished goes too.
+     *
+     * @param version the number of the version
+     * @param files one for each of the capability's types
+     * @param room whether the active version may go as well
+     * @return the update, to be closed
+     * @throws IOException if the active version and this one do not fit the budget together, if the
+     *     file system has no room for what is missing, or if the disk fails
+     * @throws IllegalArgumentException if a type is missing, repeated or unknown
+     * @throws IllegalStateException if another update is running
+     */
+    public @NotNull Update begin(int version, @NotNull List<ModelFile> files, @NotNull Room room)
+            throws IOException {
+        String[] types = new String[files.size()];
+        long[] sizes = new long[types.length];
+        String[] digests = new String[types.length];
+        for (int i = 0; i < types.length; ++i) {
+            ModelFile file = files.get(i);
+            if (file == null || room == null) {
+                throw new IllegalArgumentException("no file, or no room: " + files + ", " + room);
+            }
+            types[i] = file.type();
+            sizes[i] = file.sizeBytes();
+            digests[i] = file.sha256();
+        }
+        return new Update(StoreNatives.begin(
+                mHandle, version, types, sizes, digests, room == Room.GIVE_UP_ACTIVE));
     }
 
     /**
@@ -131,18 +131,27 @@ public final class ModelStore implements Closeable {
      * @throws IOException if it has lost or damaged files, or if the disk fails
      */
     public void activate(int version) throws IOException {
-        impl().activate(version);
+        StoreNatives.activate(mHandle, version);
     }
 
     /**
-     * Deletes all versions but these and the active one, and what unfinished updates have left. If
-     * that would leave no version at all, all of them stay.
+     * Leaves no version active; all of them stay.
+     *
+     * @throws IOException if the disk fails
+     */
+    public void deactivate() throws IOException {
+        StoreNatives.deactivate(mHandle);
+    }
+
+    /**
+     * Deletes all versions but these and the active one, what unfinished updates have left, and
+     * committed files of no version. If that would leave no version at all, all of them stay.
      *
      * @param versions the numbers of those to keep
      * @throws IOException if the disk fails
      */
     public void trimExcept(@NotNull int... versions) throws IOException {
-        impl().trimExcept(versions);
+        StoreNatives.trimExcept(mHandle, versions);
     }
 
     /**
@@ -153,33 +162,54 @@ public final class ModelStore implements Closeable {
      * @throws IOException if the disk fails
      */
     public @NotNull List<ModelFile> verify() throws IOException {
-        return impl().verify();
+        return ModelFile.listOf(StoreNatives.verify(mHandle));
     }
 
-    /** Ends the update and lets go of the root. Calling it again does nothing. */
+    /**
+     * {@return the files of a complete version in the order of the types, with their paths}
+     *
+     * @param version the number of the version
+     * @throws IllegalArgumentException if there is no such version
+     */
+    public @NotNull Map<ModelFile, String> files(int version) {
+        Object[] parts = StoreNatives.files(mHandle, version);
+        Map<ModelFile, String> files = new LinkedHashMap<>();
+        int i = 0;
+        for (ModelFile file : ModelFile.listOf(parts)) {
+            files.put(file, ((String[]) parts[3])[i++]);
+        }
+        return files;
+    }
+
+    /**
+     * {@return the bytes that count for the budget, as they lie on the disk now}
+     *
+     * @throws IOException if the disk fails
+     */
+    public long sizeBytes() throws IOException {
+        return StoreNatives.sizeBytes(mHandle);
+    }
+
+    /**
+     * Changes the budget, which the next update keeps.
+     *
+     * @param bytes the budget of all model files together
+     * @throws IllegalArgumentException if it is negative
+     */
+    public void setMaxSizeBytes(long bytes) {
+        StoreNatives.setMaxSizeBytes(mHandle, bytes);
+    }
+
+    /** Ends the update and its writers, and lets go of the root. Calling it again does nothing. */
     @Override
     public void close() {
-        requireOutside();
-        synchronized (mClosing) { // Who calls it at the same time returns when it is done.
-            ModelStoreImpl impl;
-            synchronized (mOpening) {
-                mClosed = true;
-                impl = mImpl;
-            }
-            try {
-                if (impl != null) {
-                    impl.files().close();
-                }
-            } finally {
-                mRootLock.close();
-                mSnapshot = null; // last, since what ran until now has set it
-            }
-        }
+        StoreNatives.close(mHandle);
+        mSnapshot = null;
     }
 
-    /** From now on, this is what is told. */
-    void publish(Snapshot snapshot) {
-        mSnapshot = snapshot;
+    /** Native code calls this, in the order in which snapshots hold. */
+    private void publish(String[] types, String[] paths, int[] active, int[] versions) {
+        mSnapshot = new Snapshot(mCapability, types, paths, active, versions);
     }
 
     private Snapshot snapshot() {
@@ -188,31 +218,5 @@ public final class ModelStore implements Closeable {
             throw new IllegalStateException("the store is closed: " + mRoot);
         }
         return snapshot;
-    }
-
-    private ModelStoreImpl impl() throws IOException {
-        requireOutside();
-        synchronized (mOpening) {
-            if (mClosed) {
-                throw new IllegalStateException("the store is closed: " + mRoot);
-            }
-            if (mImpl == null) {
-                Disk disk = mDisk == null ? new Disk() : mDisk;
-                FileStore files = new FileStore(mRoot, mMaxSizeBytes, disk, mRootLock);
-                mImpl = new ModelStoreImpl(this, files, mCapability);
-            }
-            return mImpl;
-        }
-    }
-
-    /** Throws if a listener calls in the middle of a call. */
-    private void requireOutside() {
-        if (Thread.holdsLock(mOpening)) {
-            throw new IllegalStateException("called in the middle of another call of the store");
-        }
-        ModelStoreImpl impl = mImpl;
-        if (impl != null) {
-            impl.files().requireOutside();
-        }
     }
 }

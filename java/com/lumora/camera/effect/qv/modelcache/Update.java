@@ -2,44 +2,28 @@ package com.lumora.camera.effect.qv.modelcache;
 
 import java.io.Closeable;
 import java.io.IOException;
-import java.util.ArrayList;
-import java.util.HashSet;
-import java.util.LinkedHashMap;
 import java.util.List;
-import java.util.Map;
-import java.util.Set;
 import org.jetbrains.annotations.NotNull;
 
 /**
- * The getting of one version. Its methods and its writers may be used from any threads. What it got
- * stays when it is closed, for the next update to the version.
+ * An update to one version. Any thread may use it and its writers. What it got stays when it ends,
+ * for the next update to the version. Once it has ended, its methods throw IllegalStateException,
+ * except for {@link #cancel} and {@link #close}.
  */
 public final class Update implements Closeable {
-    private final ModelStoreImpl mStore;
-    private final Version mVersion;
+    private final long mHandle;
 
-    /** The names of the entries that are there. */
-    private final Set<String> mThere = new HashSet<>();
-    private boolean mEnding;
-
-    Update(ModelStoreImpl store, Version version) {
-        mStore = store;
-        mVersion = version;
+    Update(long handle) {
+        mHandle = handle;
     }
 
     /** {@return the files that are still to be written, each once} */
     public @NotNull List<ModelFile> missing() {
-        mStore.enter();
-        try {
-            mStore.requireRunning(this);
-            return new ArrayList<>(missingByName().values());
-        } finally {
-            mStore.leave();
-        }
+        return ModelFile.listOf(StoreNatives.missing(mHandle));
     }
 
     /**
-     * Begins to write a missing file, or goes on with it.
+     * Begins to write a missing file, or resumes it.
      *
      * @param file one of those that are missing
      * @return its writer, to be closed
@@ -48,116 +32,52 @@ public final class Update implements Closeable {
      * @throws IOException if the disk fails
      */
     public @NotNull ModelWriter write(@NotNull ModelFile file) throws IOException {
-        ModelWriter writer;
-        mStore.enter();
-        try {
-            mStore.requireRunning(this);
-            String name = mVersion.names().get(file);
-            if (name == null || mThere.contains(name)) {
-                throw new IllegalArgumentException("not missing: " + file);
-            }
-            mStore.files().writers().requireUnwritten(name);
-            writer = new ModelWriter(mStore.files(), this, file, name);
-            mStore.files().writers().add(writer);
-        } finally {
-            mStore.leave();
-        }
-        boolean resumed = false;
-        try {
-            writer.resume();
-            resumed = true;
-        } finally {
-            if (!resumed) {
-                writer.close();
-            }
-        }
-        return writer;
+        return new ModelWriter(
+                StoreNatives.writeModel(mHandle, file.type(), file.sizeBytes(), file.sha256()));
+    }
+
+    /** {@return the bytes of all files of the version, each counted once} */
+    public long totalBytes() {
+        return StoreNatives.totalBytes(mHandle);
+    }
+
+    /**
+     * {@return the bytes that are still to be written: of missing files, without what earlier writers
+     * kept}
+     *
+     * @throws IOException if the disk fails
+     */
+    public long remainingBytes() throws IOException {
+        return StoreNatives.remainingBytes(mHandle);
     }
 
     /**
      * Makes the version the active one, and ends the update.
      *
      * @throws IllegalStateException if files are missing
+     * @throws java.io.InterruptedIOException if the thread is interrupted, and stays so: nothing has
+     *     changed
      * @throws IOException if the disk fails, or if a file was lost in the meantime: the version that
      *     was active still is, and the update goes on
      */
     public void activate() throws IOException {
-        mStore.enter();
-        try {
-            mStore.requireRunning(this);
-            if (!isComplete()) {
-                throw new IllegalStateException("still missing: " + missingByName().values());
-            }
-            mStore.activate(mVersion);
-        } finally {
-            mStore.leave();
-        }
+        EntryWriter.requireUninterrupted();
+        StoreNatives.activateUpdate(mHandle);
         close();
     }
 
-    /** Ends the update, and all writing. */
+    /**
+     * Has its writers and {@link #activate} throw {@link java.util.concurrent.CancellationException}
+     * from now on; what was written stays. Waits for nobody, and wakes nobody: a download that is
+     * blocked goes on until its next write.
+     */
+    public void cancel() {
+        StoreNatives.cancel(mHandle);
+    }
+
+    /** Ends the update and its writers. Calling it again does nothing. */
     @Override
     public void close() {
-        mStore.end(this);
-    }
-
-    // The rest is for the store, which has entered.
-
-    Version version() {
-        return mVersion;
-    }
-
-    boolean isEnding() {
-        return mEnding;
-    }
-
-    void setEnding() {
-        mEnding = true;
-    }
-
-    boolean isComplete() {
-        return mThere.containsAll(mVersion.names().values());
-    }
-
-    Map<String, ModelFile> missingByName() {
-        Map<String, ModelFile> missing = new LinkedHashMap<>();
-        for (Map.Entry<ModelFile, String> file : mVersion.names().entrySet()) {
-            if (!mThere.contains(file.getValue()) && !missing.containsKey(file.getValue())) {
-                missing.put(file.getValue(), file.getKey());
-            }
-        }
-        return missing;
-    }
-
-    /** Makes the part of a file that is being written one of its files. */
-    void place(ModelWriter writer) throws IOException {
-        mStore.place(this, writer);
-    }
-
-    /** Commits what an earlier attempt has written to the end. Not under the lock. */
-    void commitFinished() {
-        for (ModelFile file : missing()) {
-            try {
-                commitFinished(file);
-            } catch (IOException wrong) {
-                SoftErrors.report("begin", wrong.getMessage());
-            }
-        }
-    }
-
-    private void commitFinished(ModelFile file) throws IOException {
-        if (file.sizeBytes() > 0 && mStore.lengthOfPart(mVersion.names().get(file)) == file.sizeBytes()) {
-            try (ModelWriter writer = write(file)) {
-                writer.commit();
-            }
-        }
-    }
-
-    void setThere(String name, boolean there) {
-        if (there) {
-            mThere.add(name);
-        } else {
-            mThere.remove(name);
-        }
+        StoreNatives.close(mHandle);
     }
 }

@@ -29,7 +29,7 @@ public final class SegmentationModelCache extends HybridClassBase {
      *
      * @param fileCache where the files are
      */
-    public static native @NotNull HybridData initHybrid(@NotNull ARDFileCache fileCache);
+    private static native @NotNull HybridData initHybrid(@NotNull ARDFileCache fileCache);
 
     /**
      * {@return the path of "seg_init_net.pb", or ""}

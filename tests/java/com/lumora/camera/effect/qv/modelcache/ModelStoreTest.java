@@ -129,7 +129,7 @@ class ModelStoreTest {
         }
         mStore.trimExcept();
         try (Update update = mStore.begin(1, files(1))) {
-            assertEquals(3, update.missing().size());
+            assertEquals(4, update.missing().size(), "files of no version go, too");
         }
     }
 
@@ -140,14 +140,19 @@ class ModelStoreTest {
         try (Update update = mStore.begin(1, files(1))) {
             for (int size : new int[] {0, SIZE - 1, SIZE + 1, SIZE}) {
                 ModelWriter out = update.write(file);
-                out.write(Arrays.copyOf(wrong, size));
-                String message = messageOf(IOException.class, out::commit);
+                out.restart();
+                String message = messageOf(StoreException.class, () -> {
+                    out.write(Arrays.copyOf(wrong, size));
+                    out.commit();
+                });
                 String expected = size == SIZE ? file.sha256() : String.valueOf(SIZE);
                 String actual = size == SIZE ? file(file.type(), wrong).sha256() : size + " bytes";
                 assertTrue(message.contains(expected) && message.contains(actual), message);
                 assertThrows(IOException.class, () -> out.write(1));
                 assertEquals(4, update.missing().size());
-                assertEquals(asList(".lock"), asList(mRoot.list()));
+                try (ModelWriter next = update.write(file)) {
+                    assertEquals(size < SIZE ? size : 0, next.offset());
+                }
             }
         }
     }
@@ -186,7 +191,6 @@ class ModelStoreTest {
         String message = messageOf(IOException.class, () -> Samples.open(mRoot));
         assertTrue(message.contains("in this process already"), message);
         assertThrows(IOException.class, () -> FileStore.open(new File(mRoot, "../" + mRoot.getName()), 1));
-        assertNotNull(System.getProperty("modelcache.open:" + mRoot), "for other class loaders");
         mStore.close();
         mStore.close();
         for (Executable call : new Executable[] {() -> mStore.paths(), () -> mStore.versions(),
@@ -284,21 +288,4 @@ class ModelStoreTest {
         assertEquals(1, new HashSet<>(mStore.paths().values()).size());
     }
 
-    @Test
-    void whatStandsInTheWayIsSaid() throws Exception {
-        update(mStore, 1);
-        File dangling = new File(mRoot, "dangling");
-        Files.createSymbolicLink(dangling.toPath(), Paths.get("nowhere"));
-        try (Update update = mStore.begin(2, files(2))) {
-            String message = messageOf(IOException.class,
-                    () -> download(update, files(2).get(0), 2));
-            assertTrue(message.startsWith("Error for getSize: ")
-                    && message.contains(files(2).get(0).sha256()), message);
-            assertTrue(dangling.delete() || Files.deleteIfExists(dangling.toPath()));
-            try (ModelWriter out = update.write(files(2).get(0))) {
-                assertEquals(SIZE, out.offset());
-                out.commit();
-            }
-        }
-    }
 }

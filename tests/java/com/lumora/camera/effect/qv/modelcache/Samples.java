@@ -4,6 +4,7 @@ import static org.junit.jupiter.api.Assertions.*;
 
 import java.io.File;
 import java.io.IOException;
+import java.math.BigInteger;
 import java.nio.file.*;
 import java.security.MessageDigest;
 import java.util.*;
@@ -27,9 +28,9 @@ public final class Samples {
 
     static ModelFile file(String type, byte[] bytes) {
         try {
-            MessageDigest digest = MessageDigest.getInstance("SHA-256");
-            digest.update(bytes);
-            return new ModelFile(type, bytes.length, Digests.toHex(digest));
+            byte[] digest = MessageDigest.getInstance("SHA-256").digest(bytes);
+            return new ModelFile(type, bytes.length,
+                    String.format("%064x", new BigInteger(1, digest)));
         } catch (Exception impossible) {
             throw new AssertionError(impossible);
         }
@@ -82,6 +83,14 @@ public final class Samples {
             update(store, 1);
             update(store, 2);
         }
+    }
+
+    static void delete(File file) {
+        File[] inside = Files.isSymbolicLink(file.toPath()) ? null : file.listFiles();
+        for (File each : inside == null ? new File[0] : inside) {
+            delete(each);
+        }
+        file.delete();
     }
 
     static void copy(Path from, Path to) throws IOException {

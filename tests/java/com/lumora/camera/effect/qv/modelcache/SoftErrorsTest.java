@@ -75,22 +75,20 @@ class SoftErrorsTest {
 
     @Test
     void aStoreThatAListenerCallsRefusesWhileItIsBusy() throws Exception {
-        FileStore files = FileStore.open(mRoot.toFile(), 10);
-        List<Object> results = new ArrayList<>();
-        EntryWriter other = files.write("other");
-        SoftErrors.setListener((file, function, line, severity, category, message) -> {
-            results.add(assertThrows(IllegalStateException.class, files::close));
-            results.add(assertThrows(IllegalStateException.class, other::close));
-            results.add(assertThrows(IllegalStateException.class, () -> files.remove("key")));
-        });
-        Files.write(mRoot.resolve("metadata.json"), new byte[] {'{'});
-        try (EntryWriter out = files.write("key")) {
-            out.commit(); // and mends
+        ModelFile file = Samples.files(1).get(0);
+        try (ModelStore store = Samples.open(mRoot.toFile())) {
+            List<Object> results = new ArrayList<>();
+            SoftErrors.setListener((where, function, line, severity, category, message) -> {
+                results.add(assertThrows(IllegalStateException.class, store::close));
+                results.add(assertThrows(IllegalStateException.class, () -> store.activate(1)));
+                results.add(store.paths());
+            });
+            Files.write(mRoot.resolve(".part-" + file.sha256() + "-" + file.type()),
+                    new byte[Samples.SIZE]); // which begin drops
+            try (Update update = store.begin(1, Samples.files(1))) {
+                assertEquals(3, results.size());
+                Samples.download(update, file, 1);
+            }
         }
-        assertFalse(results.isEmpty());
-        SoftErrors.setListener(null);
-        assertNotNull(files.get("key"));
-        other.commit();
-        files.close();
     }
 }

@@ -1,0 +1,83 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import java.io.File;
+import java.io.IOException;
+import java.io.InterruptedIOException;
+import java.util.HashMap;
+import java.util.Map;
+import java.util.concurrent.Callable;
+import java.util.concurrent.ConcurrentHashMap;
+import java.util.concurrent.ExecutionException;
+import java.util.concurrent.FutureTask;
+
+/** Has one thread at a time fetch what several ask for; the others wait for it. */
+final class SingleFlight {
+    private final ConcurrentHashMap<String, Flight> mFlights = new ConcurrentHashMap<>();
+
+    /** What threads wait for. */
+    private final Map<Thread, Flight> mWaiting = new HashMap<>();
+
+    File run(String key, Callable<File> fetching) throws IOException {
+        Flight flight = new Flight(fetching);
+        Flight other = mFlights.putIfAbsent(key, flight);
+        if (other != null) {
+            return waitFor(other);
+        }
+        try {
+            flight.run();
+        } finally {
+            mFlights.remove(key);
+        }
+        try {
+            return flight.get();
+        } catch (InterruptedException impossible) { // It is done.
+            throw new IllegalStateException(impossible);
+        } catch (ExecutionException failure) {
+            throw SingleFlight.<RuntimeException>asItIs(failure.getCause());
+        }
+    }
+
+    /** Throws it, whatever it is: the compiler takes it for what it is told. */
+    @SuppressWarnings("unchecked")
+    private static <T extends Throwable> T asItIs(Throwable failure) throws T {
+        throw (T) failure;
+    }
+
+    private File waitFor(Flight other) throws IOException {
+        Thread thread = Thread.currentThread();
+        synchronized (mWaiting) {
+            for (Flight flight = other; flight != null; flight = mWaiting.get(flight.mThread)) {
+                if (flight.mThread == thread && !flight.isDone()) {
+                    throw new IllegalStateException(
+                            "fetchers wait for each other: one asks for what the other fetches");
+                }
+            }
+            mWaiting.put(thread, other);
+        }
+        try {
+            return other.get();
+        } catch (InterruptedException interruption) {
+            thread.interrupt();
+            throw new InterruptedIOException("interrupted while another thread fetches");
+        } catch (ExecutionException failure) {
+            Throwable cause = failure.getCause();
+            if (cause instanceof IOException) {
+                throw new IOException(cause.getMessage(), cause);
+            }
+            throw new IllegalStateException("the fetcher failed: " + cause, cause);
+        } finally {
+            synchronized (mWaiting) {
+                mWaiting.remove(thread);
+            }
+        }
+    }
+
+    /** The fetching of one entry. */
+    private static final class Flight extends FutureTask<File> {
+        private final Thread mThread = Thread.currentThread();
+
+        Flight(Callable<File> fetching) {
+            super(fetching);
+        }
+    }
+}

@@ -1,0 +1,106 @@
+package com.lumora.camera.effect.qv.modelcache;
+
+import com.zentrel.nexboot.MergedSoMapping;
+
+/**
+ * What the stores are made of. Native objects are known by numbers, of which 0 is none; a number that
+ * was closed throws IllegalStateException. Without an initializer: native code looks the class up
+ * while it is being loaded.
+ */
+final class StoreNatives {
+    private StoreNatives() {}
+
+    /**
+     * To be called before all else. Says each time what is missing.
+     *
+     * @throws UnsatisfiedLinkError if the library or these natives are not there
+     */
+    static void load() {
+        MergedSoMapping.load("liblmardcache-jni.so");
+        if (!sRegistered) {
+            throw Unregistered.error();
+        }
+    }
+
+    /** Set by native code once it has registered the natives. */
+    private static boolean sRegistered;
+
+    /** A class of its own, since an error that a class names is loaded with it: slow at startup. */
+    private static final class Unregistered {
+        static Error error() {
+            return new UnsatisfiedLinkError("the natives of " + StoreNatives.class.getName()
+                    + " are not registered: was the app shrunken without the rules in"
+                    + " META-INF/proguard?");
+        }
+    }
+
+    /** Throws IllegalArgumentException if that is no capability. */
+    static native void checkCapability(String capability, String[] types);
+
+    /** Calls {@link ModelStore#publish} of the store, then and from now on. */
+    static native long openModels(ModelStore store, String root, String capability, String[] types,
+            long maxSizeBytes) throws StoreException;
+
+    static native long begin(long store, int version, String[] types, long[] sizes,
+            String[] digests, boolean isActiveGivenUp) throws StoreException;
+
+    static native void activate(long store, int version) throws StoreException;
+
+    static native void deactivate(long store) throws StoreException;
+
+    static native void trimExcept(long store, int[] versions) throws StoreException;
+
+    /** Types, sizes and digests. */
+    static native Object[] verify(long store) throws StoreException;
+
+    /** Types, sizes, digests and paths. */
+    static native Object[] files(long store, int version);
+
+    static native long sizeBytes(long store) throws StoreException;
+
+    static native void setMaxSizeBytes(long store, long bytes);
+
+    /** Types, sizes and digests. */
+    static native Object[] missing(long update);
+
+    static native long writeModel(long update, String type, long sizeBytes, String sha256) throws StoreException;
+
+    static native void activateUpdate(long update) throws StoreException;
+
+    static native long totalBytes(long update);
+
+    static native long remainingBytes(long update) throws StoreException;
+
+    static native void cancel(long update);
+
+    static native long openFiles(String root, long maxSizeBytes) throws StoreException;
+
+    static native String get(long store, String key) throws StoreException;
+
+    static native long write(long store, String key) throws StoreException;
+
+    static native long writeKnown(long store, String key, long sizeBytes, String sha256) throws StoreException;
+
+    static native boolean remove(long store, String key) throws StoreException;
+
+    static native void clear(long store) throws StoreException;
+
+    static native byte[] extra(long store, String key) throws StoreException;
+
+    static native boolean setExtra(long store, String key, byte[] extra) throws StoreException;
+
+    static native String[] keys(long store) throws StoreException;
+
+    static native long offset(long writer);
+
+    static native void append(long writer, byte[] bytes, int offset, int length) throws StoreException;
+
+    static native void restart(long writer) throws StoreException;
+
+    static native void commit(long writer) throws StoreException;
+
+    /** Closes what the number stands for, and what goes with it. */
+    static native void close(long handle);
+
+    static native boolean recoverMetadata(String root);
+}
