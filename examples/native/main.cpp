@@ -1,111 +1,136 @@
 // model_host ROOT VERSION [FILE FILE]: keeps the two files as that version of the segmentation
-// models, in a cache below ROOT, and prints where they lie. Without files, what an earlier run
-// kept.
-
-#include <fcntl.h>
-#include <unistd.h>
+// models, below ROOT, and prints where they lie. Without files, goes back to a version that is
+// there.
 
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
-#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
-#include "delivery/FileCache/createFileCache.h"
-#include "delivery/FileCache/recoverMetadata.h"
-#include "delivery/ModelCache/SegmentationModelCache.h"
-#include "platform/softerror/softerror.h"
+#include <openssl/evp.h>
+
+#include "modelcache/modelcache.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace zentrel::vistabase::ardelivery;
 
 constexpr std::int64_t kBudget = 50'000'000;
 
 /// The host's own log. Without it, the library writes to standard error.
-void logSoftError(const softerror::Report& report) {
-  std::cerr << "model_host: " << report.category << ": " << report.message << '\n';
+void logSoftError(const softerror::Report& report, void* log) {
+  *static_cast<std::ostream*>(log)
+      << "model_host: " << report.category << ": " << report.message << '\n';
 }
 
-/// Returns once what is at the path would outlast a power cut.
-bool sync(const fs::path& path) {
-  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  const bool synced = file >= 0 && ::fsync(file) == 0;
-  if (file >= 0) {
-    ::close(file);
+/// Calls `take` with the bytes of a file from `offset` on, in pieces. An app downloads them.
+template <class Take>
+void forEachPiece(const std::string& path, std::int64_t offset, const Take& take) {
+  std::ifstream file(path, std::ios::binary);
+  file.seekg(offset);
+  if (!file) {
+    throw std::runtime_error("cannot read " + path);
   }
-  return synced;
-}
-
-/// Copies a file into the cache. Operations never throw, but a failed one returns null.
-bool keep(IFileCache& files, const std::string& key, const fs::path& file) {
-  if (files.getCacheEntry(key)) {
-    return true;
-  }
-  const auto entry = files.insertAndLock(key);
-  if (!entry) {
-    return false;
-  }
-  // Whatever lies at the entry's path is an entry, half a file too: written beside, then renamed.
-  const fs::path target = entry->path;
-  const fs::path part = target.parent_path() / ".part";
-  fs::copy_file(file, part, fs::copy_options::overwrite_existing);
-  if (!sync(part)) {
-    return false;
-  }
-  fs::rename(part, target);
-  if (!sync(target.parent_path()) || !files.getCacheEntry(key)) {  // The newest: others go first.
-    return false;
-  }
-  files.commit(key);
-  files.unlock(key);
-  return files.getCacheEntryWithoutPromotion(key) != nullptr;  // There was room for it.
-}
-
-void addModel(IFileCache& files, SegmentationModelCache& models, int version,
-              const std::string& type, const fs::path& file) {
-  const std::string key = "v" + std::to_string(version) + "-" + type;
-  if (!keep(files, key, file) || !models.addModelForVersionIfInCache(version, {key, type})) {
-    std::cerr << "model_host: " << file << " could not be kept\n";
+  char piece[1 << 16];
+  while (file.read(piece, sizeof piece), file.gcount() > 0) {
+    take(piece, static_cast<std::size_t>(file.gcount()));
   }
 }
 
-int run(const fs::path& root, int version, int count, char** names) {
-  fs::create_directories(root);  // createFileCache does not.
-  if (recoverMetadata(root.string()) == MetadataRecovery::SetAside) {
-    std::cerr << "model_host: the cache's records were damaged; its files are adopted again\n";
+/// What a server would say of a file.
+ModelFile describe(const std::string& type, const std::string& path) {
+  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> digest(EVP_MD_CTX_new(),
+                                                                       &EVP_MD_CTX_free);
+  std::int64_t size = 0;
+  EVP_DigestInit_ex(digest.get(), EVP_sha256(), nullptr);
+  forEachPiece(path, 0, [&](const char* bytes, std::size_t count) {
+    EVP_DigestUpdate(digest.get(), bytes, count);
+    size += static_cast<std::int64_t>(count);
+  });
+  unsigned char bytes[EVP_MAX_MD_SIZE];
+  unsigned length = 0;
+  EVP_DigestFinal_ex(digest.get(), bytes, &length);
+  std::string hex;
+  for (unsigned i = 0; i < length; ++i) {
+    constexpr char digits[] = "0123456789abcdef";
+    hex += {digits[bytes[i] >> 4], digits[bytes[i] & 0xF]};
   }
-  const std::shared_ptr<IFileCache> files = createFileCache(root.string(), kBudget);
-  SegmentationModelCache models(files);
-  if (count >= 2) {
-    addModel(*files, models, version, "seg_init_net.pb", names[0]);
-    addModel(*files, models, version, "seg_predict_net.pb", names[1]);
-    models.trimExceptVersion(version);
+  return {type, size, hex};
+}
+
+void update(ModelStore& store, int version, const std::vector<std::string>& paths) {
+  const std::vector<std::string> types = Capability::segmentation().types();
+  std::vector<ModelFile> files;
+  for (std::size_t i = 0; i < types.size(); ++i) {
+    files.push_back(describe(types[i], paths.at(i)));
   }
-  const auto paths = models.getModelPaths(version);
-  if (!paths) {
-    std::cout << "version " << version << " is not complete\n";
+  const std::unique_ptr<Update> update = store.begin(version, files);
+  for (const ModelFile& file : update->missing()) {  // Only what is not there already.
+    std::cerr << file.toString() << ", of " << update->remainingBytes() << " to come\n";
+    const std::unique_ptr<ModelWriter> out = update->write(file);
+    const std::string& path = file.type() == types[0] ? paths[0] : paths[1];
+    forEachPiece(path, out->offset(),
+                 [&](const char* bytes, std::size_t count) { out->write(bytes, count); });
+    out->commit();  // Checked, synced, and part of the version.
+  }
+  update->activate();  // All files, or nothing has changed.
+}
+
+/// What a program does about a failure depends on its reason.
+const char* advice(StoreError::Reason reason) {
+  switch (reason) {
+    case StoreError::Reason::NoRoom:
+    case StoreError::Reason::DiskFull:
+      return "make room and run it again";
+    case StoreError::Reason::TooShort:
+      return "run it again: it resumes";
+    case StoreError::Reason::InUse:
+      return "run it again when the other one has ended";
+    default:
+      return "report it";
+  }
+}
+
+int run(const std::string& root, int version, const std::vector<std::string>& paths) {
+  const std::unique_ptr<ModelStore> store =
+      ModelStore::open(root, Capability::segmentation(), kBudget);
+  if (!paths.empty()) {
+    update(*store, version, paths);
+    store->trimExcept({});
+  } else {
+    store->activate(version);
+  }
+  if (!store->verify().empty()) {
+    std::cerr << "model_host: files were damaged; keep version " << version << " again\n";
     return EXIT_FAILURE;
   }
-  std::cout << paths->initNetPath << '\n' << paths->predictNetPath << '\n';
+  const std::shared_ptr<const Snapshot> now = store->snapshot();
+  for (const auto& [type, path] : now->paths) {
+    std::cout << path << '\n';
+  }
   return EXIT_SUCCESS;
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count < 3) {
+  if (count != 3 && count != 5) {
     std::cerr << "usage: model_host ROOT VERSION [FILE FILE]\n";
     return 2;
   }
-  softerror::setSink(&logSoftError);
+  softerror::setSink({&logSoftError, &std::cerr});
   try {
-    return run(arguments[1], std::stoi(arguments[2]), count - 3, arguments + 3);
+    return run(arguments[1], std::stoi(arguments[2]), {arguments + 3, arguments + count});
+  } catch (const StoreError& error) {
+    std::cerr << "model_host: " << error.what() << ": " << advice(error.reason()) << '\n';
   } catch (const std::exception& error) {
     std::cerr << "model_host: " << error.what() << '\n';
-    return EXIT_FAILURE;
   }
+  return EXIT_FAILURE;
 }
