@@ -7,7 +7,11 @@ set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/modelcache)
 set(jar_directory ${CMAKE_INSTALL_DATADIR}/java)
 
 # The headers include each other from the root of the sources, which is their root here too.
-install(TARGETS modelcache_core modelcache_softerror EXPORT modelcache
+set(libraries modelcache_caches modelcache_support modelcache_softerror)
+if(MODELCACHE_CORE)
+  list(PREPEND libraries modelcache_core)
+endif()
+install(TARGETS ${libraries} EXPORT modelcache
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/modelcache)
 
@@ -35,6 +39,10 @@ install(FILES
     ${PROJECT_BINARY_DIR}/modelcacheConfigVersion.cmake
   DESTINATION ${package_directory})
 
+if(NOT MODELCACHE_CORE)
+  return()
+endif()
+
 # modelcache.pc names the Boost libraries by their files, so that it serves with the kind of Boost,
 # static or shared, that the core was built against.
 function(modelcache_collect_boost target libraries)
@@ -52,7 +60,8 @@ function(modelcache_collect_boost target libraries)
 endfunction()
 
 set(boost_libraries)
-modelcache_collect_boost(modelcache_core boost_libraries)
+modelcache_collect_boost(modelcache_support boost_libraries)
+modelcache_collect_boost(modelcache_caches boost_libraries)
 list(TRANSFORM boost_libraries REPLACE "(.+)"
   "-L$<TARGET_LINKER_FILE_DIR:\\1> -l:$<TARGET_LINKER_FILE_NAME:\\1>")
 list(JOIN boost_libraries " " boost_libraries)

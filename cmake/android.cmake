@@ -1,11 +1,5 @@
 # The toolchain of the android-* presets: the NDK's own, with Boost from vcpkg, for ANDROID_ABI.
 
-foreach(variable ANDROID_NDK_ROOT VCPKG_ROOT)
-  if("$ENV{${variable}}" STREQUAL "")
-    message(FATAL_ERROR "The environment variable ${variable} is not set; see 'Android' in README.md.")
-  endif()
-endforeach()
-
 set(ANDROID_PLATFORM android-21)
 set(ANDROID_STL c++_static)
 
