@@ -9,6 +9,8 @@ $1 == "start" && !($2 in start && start[$2] < $3 / 1000) { start[$2] = $3 / 1000
 $1 == "start" && !($2 in memory && memory[$2] < $4) { memory[$2] = $4 }
 $1 == "call" { nanoseconds[$2] = $3; bytes[$2] = $4 }
 $1 == "library" { library = $2 / 1024 }
+$1 == "disk" { stores[++disks] = $2 ", " thousands($3); diskCalls[disks] = $4; syncs[disks] = $5 }
+$1 == "bulk" { bulk[$2, $3] = $4; bulks[$2] }
 
 function thousands(value,   digits) {
   value = value == "" ? "-" : sprintf("%.0f", value)
@@ -60,6 +62,13 @@ END {
       thousands(calls[order[i], "cache", 6]), thousands(calls[order[i], "cache", 32]),
       decimal(ratio(order[i], 6), 2), decimal(ratio(order[i], 32), 2), decimal(ratio(order[i], 100), 2),
       decimal(ratio(order[i], 1000), 2), micro("memory", order[i]), micro("disk", order[i])
+
+  print "\n| stores, among so many | system calls | syncs |\n| --- | --: | --: |"
+  for (i = 1; i <= disks; ++i) printf "| %s | %d | %d |\n", stores[i], diskCalls[i], syncs[i]
+  print "\n| | ms | beyond hashing and reading or writing |\n| --- | --: | --: |"
+  for (name in bulks)
+    printf "| %s | %.0f | %.0f %% |\n", name, bulk[name, "store"] / 1e6,
+      100 * (1 - bulk[name, "floor"] / bulk[name, "store"])
 
   print "\n| start of a virtual machine | time | peak memory |\n| --- | --: | --: |"
   printf "| empty | %.1f ms | %s KiB |\n", start["nothing"], thousands(memory["nothing"])

@@ -25,17 +25,17 @@ trap 'rm -rf -- "$TMPDIR" "$memory"' EXIT
 # The Debian packages that the scripts need, by purpose.
 declare -A packages=(
   # Boost 1.81 and not the default 1.74: see CMakeLists.txt.
-  [build]='cmake g++ libboost-filesystem1.81-dev libboost-json1.81-dev libjetbrains-annotations-java ninja-build openjdk-17-jdk-headless'
-  [tools]='libcli11-dev libssl-dev'
-  [tests]='jq libgmock-dev libgtest-dev junit5'
+  [build]='cmake g++ libboost-filesystem1.81-dev libboost-json1.81-dev libjetbrains-annotations-java libssl-dev ninja-build openjdk-17-jdk-headless'
+  [tools]='libcli11-dev'
+  [tests]='jq libandroid-json-java libgmock-dev libgtest-dev junit5'
   [demo]='opencv-data'  # has real face-detection models, small enough to be in Debian
   [shrink]='proguard-cli'
-  [android]='android-liblog-dev binutils clang lld llvm'  # the platform's log, built for the host
-  [maven]='libmaven-dependency-plugin-java maven'
+  [android]='android-liblog-dev binutils clang-19 lld-19 llvm-19'  # the platform's log, built for the host
+  [maven]='jq libmaven-dependency-plugin-java maven'
   [install]='clang libc++-14-dev libc++abi-14-dev pkg-config'
   [docs]='doxygen'
   [ci]='clang clang-format clang-tidy git lld'
-  [bench]='binutils libbenchmark-dev valgrind'
+  [bench]='binutils libbenchmark-dev strace valgrind'
   [fuzz]='clang libclang-rt-14-dev'
   [arm]='g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user-static'  # for the presets arm*
 )
