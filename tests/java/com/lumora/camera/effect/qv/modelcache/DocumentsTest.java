@@ -25,7 +25,8 @@ public class DocumentsTest {
             + "    out.write(key.getBytes(\"UTF-8\")); }\n"
             + "  static void log(String text) {}\n"
             + "  public static void run(File dir) throws Exception {\n"
-            + "    List<ModelFile> files = Samples.files(7);\n";
+            + "    List<ModelFile> files = Samples.files(7);\n"
+            + "    File root = new File(dir, \"models\");\n";
 
     private static final Map<String, String> DRIVERS = new HashMap<>();
 
