@@ -1,17 +1,15 @@
 #include "store/VersionCatalog.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <exception>
-#include <map>
 #include <utility>
 
 #include "delivery/FileNames.h"
 #include "store/CheckedDocument.h"
-#include "store/PartWriter.h"
 #include "store/VersionIndex.h"
 #include "store/VersionTableFile.h"
 #include "store/fileTrees.h"
+#include "store/recoverVersions.h"
 #include "support/util/joined.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -28,7 +26,7 @@ void VersionCatalog::load() {
     table_ = stored->table;
     indexCrc_ = stored->indexCrc;
   } else {
-    table_ = recoverFromIndex();
+    table_ = recoverVersions(root_, table_.capability);
     isMended = isMended || stored || !table_.versions.empty();
   }
   isMended = dropIncomplete() || isMended;
@@ -44,53 +42,6 @@ void VersionCatalog::load() {
     }
   }
   publish();
-}
-
-/// The versions whose files are all there with the right bytes; the last one is active.
-VersionTable VersionCatalog::recoverFromIndex() {
-  VersionTable table{table_.capability};
-  std::vector<IndexedVersion> versions;
-  root_.readOwn(kIndexName, [&] {
-    versions = readIndex(readSmallFile(root_.directory(), kIndexName).value_or(""));
-  });
-  std::map<std::string, bool> checked;
-  for (const IndexedVersion& indexed : versions) {
-    Version version{indexed.number, {}};
-    std::vector<std::string> types;
-    bool isGood = true;
-    for (const auto& [type, sha256, name] : indexed.files) {
-      types.push_back(type);
-      const auto [known, isNew] = checked.emplace(name, false);
-      if (isNew) {
-        known->second = hasDigest(name, sha256);
-      }
-      isGood = isGood && known->second;
-      version.files.push_back({{type, root_.directory().status(name).size, sha256}, name});
-    }
-    if (isGood && types == table.capability.types()) {
-      table = table.with(std::make_shared<const Version>(std::move(version)), true);
-    }
-  }
-  if (!table.versions.empty()) {
-    root_.report("the versions were read back from the index");
-  }
-  return table;
-}
-
-bool VersionCatalog::hasDigest(const std::string& name, const std::string& sha256) {
-  if (!root_.directory().status(name).isRegular()) {
-    return false;
-  }
-  const auto digest = root_.newDigest();
-  try {
-    digestFile(*root_.directory().openForReading(name), *digest, [] {});
-    return digest->finish() == sha256;
-  } catch (const StoreError& error) {
-    if (error.error() != EIO) {
-      throw;
-    }
-    return false;
-  }
 }
 
 std::shared_ptr<const Snapshot> VersionCatalog::snapshot() const {
@@ -174,7 +125,7 @@ void VersionCatalog::deactivate() {
 /// The files go first: that makes the room that the rest needs on a full disk.
 void VersionCatalog::remove(const Versions& gone, const std::set<std::string>& kept) {
   settle();
-  const std::set<std::string> names = namesOfOnly(gone, kept);
+  const std::set<std::string> names = table_.namesOnlyOf(gone, kept);
   const VersionTable next = table_.without(gone);
   if (next.active != table_.active) {
     table_ = next;  // Nobody is to be given paths of files that are gone.
@@ -244,7 +195,7 @@ VersionCatalog::Plan VersionCatalog::planRoom(std::int64_t lacking,
   for (const auto& version : table_.versions) {
     if (plan.bytes < lacking && version != active) {
       plan.versions.push_back(version);
-      plan.bytes = sizeOf(namesOfOnly(plan.versions, kept));
+      plan.bytes = sizeOf(table_.namesOnlyOf(plan.versions, kept));
     }
   }
   const std::set<std::string> named = table_.namesWithout({});
@@ -254,24 +205,10 @@ VersionCatalog::Plan VersionCatalog::planRoom(std::int64_t lacking,
   const std::int64_t strays = sizeOf({plan.entries.begin(), plan.entries.end()});
   if (addSizes(plan.bytes, strays) < lacking && room == Room::GiveUpActive && active) {
     plan.versions.push_back(active);
-    plan.bytes = sizeOf(namesOfOnly(plan.versions, kept));
+    plan.bytes = sizeOf(table_.namesOnlyOf(plan.versions, kept));
   }
   plan.bytes = addSizes(plan.bytes, strays);
   return plan;
-}
-
-std::set<std::string> VersionCatalog::namesOfOnly(const Versions& gone,
-                                                  const std::set<std::string>& kept) const {
-  const std::set<std::string> staying = table_.namesWithout(gone);
-  std::set<std::string> names;
-  for (const auto& version : gone) {
-    for (const VersionFile& file : version->files) {
-      if (staying.count(file.name) == 0 && kept.count(file.name) == 0) {
-        names.insert(file.name);
-      }
-    }
-  }
-  return names;
 }
 
 std::int64_t VersionCatalog::sizeOf(const std::set<std::string>& names) {

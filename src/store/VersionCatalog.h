@@ -62,8 +62,6 @@ class VersionCatalog {
     std::int64_t bytes = 0;
   };
 
-  VersionTable recoverFromIndex();
-  bool hasDigest(const std::string& name, const std::string& sha256);
   bool isWhole(const Version& version);
   bool dropIncomplete();
   bool isIndexCurrent();
@@ -72,7 +70,6 @@ class VersionCatalog {
   void resync() noexcept;
   void settle();
   Plan planRoom(std::int64_t lacking, const std::set<std::string>& kept, Room room);
-  std::set<std::string> namesOfOnly(const Versions& gone, const std::set<std::string>& kept) const;
   std::int64_t sizeOf(const std::set<std::string>& names);
   void publish();
 

@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "store/fileTrees.h"
+
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
@@ -44,6 +46,20 @@ std::set<std::string> Version::names() const {
   return names;
 }
 
+std::int64_t Version::bytes(const Version* other) const {
+  std::map<std::string, std::int64_t> sizes;
+  for (const Version* version : {this, other == nullptr ? this : other}) {
+    for (const VersionFile& file : version->files) {
+      sizes[file.name] = file.file.sizeBytes();
+    }
+  }
+  std::int64_t sum = 0;
+  for (const auto& [name, size] : sizes) {
+    sum = addSizes(sum, size);
+  }
+  return sum;
+}
+
 std::shared_ptr<const Version> VersionTable::find(int number) const {
   for (const auto& version : versions) {
     if (version->number == number) {
@@ -72,6 +88,20 @@ std::set<std::string> VersionTable::namesWithout(const Versions& gone) const {
   for (const auto& version : versions) {
     if (!contains(gone, version)) {
       names.merge(version->names());
+    }
+  }
+  return names;
+}
+
+std::set<std::string> VersionTable::namesOnlyOf(const Versions& gone,
+                                                const std::set<std::string>& kept) const {
+  const std::set<std::string> staying = namesWithout(gone);
+  std::set<std::string> names;
+  for (const auto& version : gone) {
+    for (const VersionFile& file : version->files) {
+      if (staying.count(file.name) == 0 && kept.count(file.name) == 0) {
+        names.insert(file.name);
+      }
     }
   }
   return names;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -24,6 +25,8 @@ struct Version {
   std::vector<VersionFile> files;
 
   std::set<std::string> names() const;
+  /// Bytes of its files and, if `other` is not null, of that one's, each name counted once.
+  std::int64_t bytes(const Version* other = nullptr) const;
 };
 
 using Versions = std::vector<std::shared_ptr<const Version>>;
@@ -43,6 +46,8 @@ struct VersionTable {
   std::map<std::string, ModelFile> filesByName() const;
   /// The names of the files of versions other than `gone`.
   std::set<std::string> namesWithout(const Versions& gone) const;
+  /// The names of files that no version but `gone` has, and that are not kept.
+  std::set<std::string> namesOnlyOf(const Versions& gone, const std::set<std::string>& kept) const;
 
   /// With the version as the last one, in place of the one of its number.
   VersionTable with(const std::shared_ptr<const Version>& version, bool isActive) const;

@@ -18,25 +18,10 @@ std::string partOf(const std::string& name) {
   return std::string(kPartPrefix) + name;
 }
 
-/// Bytes of a version's files, each counted once, and of another one's.
-std::int64_t bytesOf(const Version& version, const Version* other = nullptr) {
-  std::map<std::string, std::int64_t> sizes;
-  for (const Version* each : {&version, other}) {
-    for (const VersionFile& file : each == nullptr ? std::vector<VersionFile>() : each->files) {
-      sizes[file.name] = file.file.sizeBytes();
-    }
-  }
-  std::int64_t sum = 0;
-  for (const auto& [name, size] : sizes) {
-    sum = addSizes(sum, size);
-  }
-  return sum;
-}
-
 /// Throws, with the numbers, if a version and the active one do not fit the budget together.
 void requireBudget(const Version& version, const Version* active, std::int64_t budget) {
-  const std::int64_t alone = bytesOf(version);
-  const std::int64_t together = bytesOf(version, active);
+  const std::int64_t alone = version.bytes();
+  const std::int64_t together = version.bytes(active);
   if (together > budget) {
     throw StoreError(
         StoreError::Reason::NoRoom,
@@ -54,7 +39,10 @@ void requireBudget(const Version& version, const Version* active, std::int64_t b
 void VersionUpdate::begin(int number, const std::vector<ModelFile>& files, Room room) {
   try {
     const std::vector<FoundFile> found = plan(number, files, room);
-    prepare(match(found), room);
+    const std::vector<Adoption> adoptions = matchFiles(  // Read without the lock.
+        store_->root->directory(), found, missingByName(),
+        [this] { return store_->root->newDigest(); }, [this] { requireRunning(); });
+    prepare(adoptions, room);
   } catch (...) {
     end();
     throw;
@@ -87,26 +75,6 @@ std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFi
   }
   store_->update = weak_from_this();
   return findFiles(store_->root->directory(), sizes, named);
-}
-
-/// Which of the files have the content of missing ones. Reads them, without the lock.
-std::vector<VersionUpdate::Adoption> VersionUpdate::match(
-    const std::vector<FoundFile>& found) const {
-  FilesByName missing = missingByName();
-  std::vector<Adoption> adoptions;
-  for (const FoundFile& file : found) {
-    const std::string digest = digestOf(
-        store_->root->directory(), file, [this] { return store_->root->newDigest(); },
-        [this] { requireRunning(); });
-    for (auto each = missing.begin(); each != missing.end(); ++each) {
-      if (each->second.sha256() == digest && each->second.sizeBytes() == file.status.size) {
-        adoptions.push_back({file, each->first});
-        missing.erase(each);
-        break;
-      }
-    }
-  }
-  return adoptions;
 }
 
 /// Takes what is there already, and makes room for the rest.
@@ -151,7 +119,7 @@ void VersionUpdate::adopt(const Adoption& adoption) {
   if (adoption.file.path.size() == 1) {
     store_->entries.extras().remove(found);
   }
-  if (adoptFile(store_->root->directory(), adoption.file, adoption.name)) {
+  if (adoptFile(store_->root->directory(), adoption)) {
     store_->entries.measure(found);
     store_->entries.measure(adoption.name);
     there_.insert(adoption.name);
@@ -252,7 +220,7 @@ void VersionUpdate::activate() {
 std::int64_t VersionUpdate::totalBytes() {
   const auto lock = store_->root->lock();
   requireRunning();
-  return bytesOf(*version_);
+  return version_->bytes();
 }
 
 std::int64_t VersionUpdate::remainingBytes() {
@@ -307,7 +275,7 @@ void VersionUpdate::requireRunning() const {
   }
 }
 
-VersionUpdate::FilesByName VersionUpdate::missingByName() const {
+FilesByName VersionUpdate::missingByName() const {
   FilesByName missing;
   for (const auto& [file, name] : version_->files) {
     if (there_.count(name) == 0) {

@@ -66,16 +66,8 @@ class VersionUpdate final : public PartOwner, public std::enable_shared_from_thi
   void lose(const std::set<std::string>& names);
 
  private:
-  using FilesByName = std::map<std::string, ModelFile>;
-
-  struct Adoption {
-    FoundFile file;
-    std::string name;
-  };
-
   FilesByName missingByName() const;
   std::vector<FoundFile> plan(int number, const std::vector<ModelFile>& files, Room room);
-  std::vector<Adoption> match(const std::vector<FoundFile>& found) const;
   void prepare(const std::vector<Adoption>& adoptions, Room room);
   void adopt(const Adoption& adoption);
   void recordIfComplete(const std::string& lastName);

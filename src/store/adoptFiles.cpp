@@ -1,6 +1,6 @@
 #include "store/adoptFiles.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <memory>
 
 #include "delivery/FileNames.h"
@@ -43,17 +43,8 @@ auto inDirectory(IDirectory& root, const FoundFile& file, const Use& use) {
   return use(directory ? *directory : root, file.path.back());
 }
 
-}  // namespace
-
-std::vector<FoundFile> findFiles(IDirectory& root, const std::set<std::int64_t>& sizes,
-                                 const std::set<std::string>& excluded) {
-  std::vector<FoundFile> found;
-  if (!sizes.empty()) {
-    find(root, {}, sizes, excluded, found);
-  }
-  return found;
-}
-
+/// The digest of a file that is still the one that was found. Empty if it is not, or cannot be
+/// read.
 std::string digestOf(IDirectory& root, const FoundFile& file, const NewDigest& newDigest,
                      FunctionRef<void()> checkpoint) {
   try {
@@ -73,9 +64,38 @@ std::string digestOf(IDirectory& root, const FoundFile& file, const NewDigest& n
   }
 }
 
-bool adoptFile(IDirectory& root, const FoundFile& file, const std::string& name) {
-  return inDirectory(root, file, [&](IDirectory& directory, const std::string& found) {
-    if (!directory.status(found).isUnchangedSince(file.status)) {
+}  // namespace
+
+std::vector<FoundFile> findFiles(IDirectory& root, const std::set<std::int64_t>& sizes,
+                                 const std::set<std::string>& excluded) {
+  std::vector<FoundFile> found;
+  if (!sizes.empty()) {
+    find(root, {}, sizes, excluded, found);
+  }
+  return found;
+}
+
+std::vector<Adoption> matchFiles(IDirectory& root, const std::vector<FoundFile>& found,
+                                 FilesByName missing, const NewDigest& newDigest,
+                                 FunctionRef<void()> checkpoint) {
+  std::vector<Adoption> adoptions;
+  for (const FoundFile& file : found) {
+    const std::string digest = digestOf(root, file, newDigest, checkpoint);
+    const auto match = std::find_if(missing.begin(), missing.end(), [&](const auto& each) {
+      return each.second.sha256() == digest && each.second.sizeBytes() == file.status.size;
+    });
+    if (match != missing.end()) {
+      adoptions.push_back({file, match->first});
+      missing.erase(match);
+    }
+  }
+  return adoptions;
+}
+
+bool adoptFile(IDirectory& root, const Adoption& adoption) {
+  const std::string& name = adoption.name;
+  return inDirectory(root, adoption.file, [&](IDirectory& directory, const std::string& found) {
+    if (!directory.status(found).isUnchangedSince(adoption.file.status)) {
       return false;
     }
     directory.openForReading(found)->sync();

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "store/Capability.h"
 #include "store/Digest.h"
 #include "store/IDisk.h"
 #include "support/util/FunctionRef.h"
@@ -23,12 +25,23 @@ struct FoundFile {
 std::vector<FoundFile> findFiles(IDirectory& root, const std::set<std::int64_t>& sizes,
                                  const std::set<std::string>& excluded);
 
-/// The digest of a file that is still the one that was found. Empty if it is not, or cannot be
-/// read.
-std::string digestOf(IDirectory& root, const FoundFile& file, const NewDigest& newDigest,
-                     FunctionRef<void()> checkpoint);
+/// Files by their names in the root.
+using FilesByName = std::map<std::string, ModelFile>;
 
-/// Syncs such a file and gives it a name in the root. False if it is not the one that was found.
-bool adoptFile(IDirectory& root, const FoundFile& file, const std::string& name);
+/// A file that was found, and the name of the file whose content it has.
+struct Adoption {
+  FoundFile file;
+  std::string name;
+};
+
+/// Which of the files that were found have the content of missing ones. Reads them, and calls
+/// `checkpoint`, which may throw, from time to time. A file that has changed or cannot be read is
+/// left out.
+std::vector<Adoption> matchFiles(IDirectory& root, const std::vector<FoundFile>& found,
+                                 FilesByName missing, const NewDigest& newDigest,
+                                 FunctionRef<void()> checkpoint);
+
+/// Syncs such a file and gives it its name. False if it is not the one that was found any more.
+bool adoptFile(IDirectory& root, const Adoption& adoption);
 
 }  // namespace zentrel::vistabase::ardelivery
