@@ -37,7 +37,8 @@ void SnapshotPublisher::tryPublish(const Snapshot& snapshot) const {
       jni::findMethod(type, "publish", "([Ljava/lang/String;[Ljava/lang/String;[I[I)V");
   JNIEnv* const env = jni::environment();
   const jni::LocalRef<jobject> store(env->NewLocalRef(store_));
-  std::vector<std::string> types, paths;
+  std::vector<std::string> types;
+  std::vector<std::string> paths;
   for (const auto& [modelType, path] : snapshot.paths) {
     types.push_back(modelType);
     paths.push_back(path);

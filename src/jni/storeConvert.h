@@ -66,7 +66,8 @@ template <>
 struct Convert<std::vector<ModelFile>> {
   using Jni = jobjectArray;
   static Parts toParts(const std::vector<ModelFile>& files) {
-    std::vector<std::string> types, digests;
+    std::vector<std::string> types;
+    std::vector<std::string> digests;
     std::vector<std::int64_t> sizes;
     for (const ModelFile& file : files) {
       types.push_back(file.type());

@@ -31,7 +31,7 @@ void requireName(const std::string& name) {
   if (name.empty() || name.size() > kLongestName || name[0] == '.' ||
       !std::all_of(name.begin(), name.end(), &isNameCharacter)) {
     throw std::invalid_argument(
-        joined("not 1 to ", kLongestName, " letters, digits, \"-\", \"_\" and \".\": ", name));
+        joined("not 1 to ", kLongestName, R"( letters, digits, "-", "_" and ".": )", name));
   }
 }
 
@@ -69,7 +69,7 @@ Capability Capability::of(std::string name, std::vector<std::string> types) {
       throw std::invalid_argument("a type twice: " + *type);
     }
   }
-  const Capability made(std::move(name), std::move(types));
+  Capability made(std::move(name), std::move(types));
   for (const Capability& known : {faceTracking(), segmentation()}) {
     if (made.name_ == known.name_ && made != known) {
       throw std::invalid_argument("known with other types: " + made.name_);

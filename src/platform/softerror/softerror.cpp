@@ -31,14 +31,16 @@ class SharedSink {
   Sink sink_;
 };
 
-// Neither is destroyed, since a cache may report while the process exits.
+// Neither is ever destroyed, since a cache may report while the process exits.
 SharedSink& currentSink() noexcept {
-  static SharedSink& sink = *new SharedSink({&platformSink, nullptr});
+  alignas(SharedSink) static unsigned char memory[sizeof(SharedSink)];
+  static SharedSink& sink = *new (memory) SharedSink({&platformSink, nullptr});
   return sink;
 }
 
 SharedSink& currentObserver() noexcept {
-  static SharedSink& observer = *new SharedSink({});
+  alignas(SharedSink) static unsigned char memory[sizeof(SharedSink)];
+  static SharedSink& observer = *new (memory) SharedSink({});
   return observer;
 }
 

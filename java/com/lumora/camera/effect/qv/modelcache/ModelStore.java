@@ -107,13 +107,16 @@ public final class ModelStore implements Closeable {
      */
     public @NotNull Update begin(int version, @NotNull List<ModelFile> files, @NotNull Room room)
             throws IOException {
+        if (files == null || room == null) {
+            throw new IllegalArgumentException("no files, or no room");
+        }
         String[] types = new String[files.size()];
         long[] sizes = new long[types.length];
         String[] digests = new String[types.length];
         for (int i = 0; i < types.length; ++i) {
             ModelFile file = files.get(i);
-            if (file == null || room == null) {
-                throw new IllegalArgumentException("no file, or no room: " + files + ", " + room);
+            if (file == null) {
+                throw new IllegalArgumentException("one of the files is null: " + files);
             }
             types[i] = file.type();
             sizes[i] = file.sizeBytes();

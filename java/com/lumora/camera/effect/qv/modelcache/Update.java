@@ -32,6 +32,9 @@ public final class Update implements Closeable {
      * @throws IOException if the disk fails
      */
     public @NotNull ModelWriter write(@NotNull ModelFile file) throws IOException {
+        if (file == null) {
+            throw new IllegalArgumentException("no file");
+        }
         return new ModelWriter(
                 StoreNatives.writeModel(mHandle, file.type(), file.sizeBytes(), file.sha256()));
     }

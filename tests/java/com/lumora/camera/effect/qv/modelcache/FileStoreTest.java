@@ -1,5 +1,8 @@
 package com.lumora.camera.effect.qv.modelcache;
 
+import static com.lumora.camera.effect.qv.modelcache.Samples.*;
+import static com.lumora.camera.effect.qv.modelcache.StoreException.Reason.*;
+import static java.util.Arrays.asList;
 import static org.junit.jupiter.api.Assertions.*;
 
 import java.io.*;
@@ -8,15 +11,20 @@ import java.util.*;
 import java.util.concurrent.*;
 import java.util.concurrent.atomic.AtomicInteger;
 import org.junit.jupiter.api.*;
+import org.junit.jupiter.api.function.Executable;
 import org.junit.jupiter.api.io.TempDir;
 
+/** What Java sees of a FileStore. What a store does is tested natively. */
 class FileStoreTest {
+    private static final ModelFile KNOWN = files(1).get(0);
+    private static final byte[] KNOWN_BYTES = bytes(KNOWN.type(), 1);
+
     @TempDir File mRoot;
     private FileStore mStore;
 
     @BeforeEach
     void open() throws IOException {
-        mStore = FileStore.open(mRoot, 100);
+        mStore = FileStore.open(mRoot, SIZE);
     }
 
     @AfterEach
@@ -31,19 +39,26 @@ class FileStoreTest {
         }
     }
 
+    /** Fetches the known content, of which no more than `most` bytes come. */
+    private File fetchKnown(int most) throws IOException {
+        return mStore.getOrFetch("known", SIZE, KNOWN.sha256(), (key, out) -> {
+            int offset = (int) out.offset();
+            out.write(KNOWN_BYTES, offset, Math.min(most, SIZE - offset));
+        });
+    }
+
     @Test
     void anyTextIsAKey() throws IOException {
-        String[] keys = {"plain-key_1.bin", "a/b", "..", ".", ".hidden", "metadata.json", "extra",
-            "versioned_index", "%", "%extra", "gr\u00F6\u00DFe", "\uD83D\uDE00", "\uD83D", "a:b", "\0", " "};
+        String[] keys = {"plain-key_1.bin", "a/b", "..", ".hidden", "metadata.json", "extra", "%",
+            "gr\u00F6\u00DFe", "\uD83D\uDE00", "\uD83D", "\0", " "};
         for (String key : keys) {
             put(key, 1);
             assertTrue(mStore.setExtra(key, key.getBytes("UTF-8")));
         }
-        assertEquals(keys.length, mStore.size());
         close();
         open();
+        assertEquals(new HashSet<>(asList(keys)), new HashSet<>(mStore.keys()));
         for (String key : keys) {
-            assertEquals(1, mStore.get(key).length(), key);
             assertEquals(mRoot.getAbsoluteFile(), mStore.get(key).getParentFile());
             assertArrayEquals(key.getBytes("UTF-8"), mStore.extra(key));
             assertTrue(mStore.remove(key));
@@ -52,63 +67,60 @@ class FileStoreTest {
             assertNull(mStore.extra(key));
             assertFalse(mStore.setExtra(key, new byte[1]));
         }
+    }
+
+    @Test
+    void clearingDeletesAllEntries() throws IOException {
+        put("a", 10);
+        put("b", 20);
+        assertEquals(30, mStore.size());
+        mStore.clear();
+        assertEquals(asList(), mStore.keys());
         assertEquals(0, mStore.size());
-        put(String.join("", Collections.nCopies(244, "x")), 1);
     }
 
     @Test
-    void whatWasNotUsedForLongestGoesWhateverTheClockSays() throws IOException {
-        for (String key : new String[] {"a", "b", "c", "d"}) {
-            put(key, 25);
-        }
-        // As if the clock had been ahead by years when "a" was used, and "b" a millisecond later.
-        long future = System.currentTimeMillis() + (1L << 40);
-        assertTrue(mStore.get("b").setLastModified(future));
-        close();
-        open();
-        mStore.get("a");
-        put("e", 30);
-        assertNotNull(mStore.get("a"));
-        assertNotNull(mStore.get("b"));
-        assertNotNull(mStore.get("e"));
-        assertNull(mStore.get("c"));
-        assertNull(mStore.get("d"));
-        put("a", 100);
-        assertEquals(100, mStore.size());
-        EntryWriter tooLarge = mStore.write("f");
-        assertThrows(IOException.class, () -> tooLarge.write(new byte[101]));
-        tooLarge.close();
-        assertNotNull(mStore.get("a"));
-    }
-
-    @Test
-    void aFailedWriteLeavesWhatWasThere() throws IOException {
+    void onlyACommitReplacesAnEntry() throws IOException {
         put("key", 10);
-        mStore.setExtra("key", new byte[1]);
         EntryWriter out = mStore.write("key");
         assertThrows(IllegalStateException.class, () -> mStore.write("key"));
         out.write(new byte[50]);
-        mStore.setExtra("key", new byte[2]);
-        assertEquals(50, new File(mRoot, ".part-key").length(), "untouched");
+        out.close();
         out.close();
         assertThrows(IOException.class, () -> out.write(1));
         assertThrows(IOException.class, out::commit);
         assertEquals(10, mStore.get("key").length());
-        assertEquals(2, mStore.extra("key").length);
-        File old = mStore.get("key");
         put("key", 20);
-        assertEquals(20, old.length());
-        assertNull(mStore.extra("key"), "which were of what was there");
-        assertEquals(new HashSet<>(Arrays.asList(".lock", ".store", "extra", "key")),
-                new HashSet<>(Arrays.asList(mRoot.list())));
-        Files.write(mRoot.toPath().resolve(".part-key"), new byte[5]);
-        close();
-        open();
-        assertFalse(new File(mRoot, ".part-key").exists());
+        assertEquals(20, mStore.get("key").length());
     }
 
     @Test
-    void oneOfManyFetches() throws Exception {
+    void theBudgetHolds() throws IOException {
+        put("a", 600);
+        put("b", 600);
+        assertEquals(asList("b"), mStore.keys());
+        assertFails(NO_ROOM, () -> put("c", SIZE + 1));
+        mStore.setMaxSizeBytes(599);
+        assertFails(NO_ROOM, () -> put("c", 600));
+    }
+
+    @Test
+    void knownContentIsCheckedAndResumed() throws IOException {
+        assertFails(TOO_SHORT, () -> fetchKnown(400));
+        close();
+        open();
+        try (EntryWriter out = mStore.write("known", SIZE, KNOWN.sha256())) {
+            assertEquals(400, out.offset());
+        }
+        assertArrayEquals(KNOWN_BYTES, Files.readAllBytes(fetchKnown(SIZE).toPath()));
+        assertEquals(SIZE, mStore.getOrFetch("known", SIZE, KNOWN.sha256(),
+                (key, out) -> fail("it is there")).length());
+        assertFails(WRONG_CONTENT, () -> mStore.getOrFetch("other", SIZE, KNOWN.sha256(),
+                (key, out) -> out.write(new byte[SIZE])));
+    }
+
+    @Test
+    void oneOfManyThreadsFetches() throws Exception {
         AtomicInteger fetches = new AtomicInteger();
         CyclicBarrier start = new CyclicBarrier(4);
         ExecutorService threads = Executors.newFixedThreadPool(4);
@@ -127,67 +139,84 @@ class FileStoreTest {
         }
         threads.shutdown();
         assertEquals(1, fetches.get());
-        IOException failure = assertThrows(IOException.class, () -> mStore.getOrFetch("other",
+    }
+
+    @Test
+    void whatAFetcherThrowsArrivesAsItIs() throws IOException {
+        IOException cut = new StoreException(TOO_SHORT, "cut off");
+        assertSame(cut, assertThrows(IOException.class, () -> mStore.getOrFetch("key",
                 (key, out) -> {
                     out.write(1);
-                    throw new IOException("no network");
-                }));
-        assertEquals("no network", failure.getMessage());
-        assertNull(mStore.get("other"));
-        assertThrows(IllegalStateException.class, () -> mStore.getOrFetch("other",
+                    throw cut;
+                })));
+        assertThrows(ArithmeticException.class, () -> mStore.getOrFetch("key",
+                (key, out) -> System.exit(1 / (int) mStore.size())));
+        assertNull(mStore.get("key"));
+        assertEquals(1, mStore.getOrFetch("key", (key, out) -> {
+            out.write(1);
+            out.close(); // which commits nothing
+        }).length());
+    }
+
+    @Test
+    void fetchersThatWaitForEachOtherAreRefused() throws Exception {
+        assertThrows(IllegalStateException.class, () -> mStore.getOrFetch("key",
                 (key, out) -> mStore.getOrFetch(key, (again, ignored) -> { })));
-        assertThrows(ArithmeticException.class, () -> mStore.getOrFetch("other", (key, out) -> {
-            out.close();
-            throw new ArithmeticException("as it is");
-        }));
         CyclicBarrier bothFetch = new CyclicBarrier(2);
         ExecutorService two = Executors.newFixedThreadPool(2);
         List<Future<File>> crossed = new ArrayList<>();
         for (String[] keys : new String[][] {{"x", "y"}, {"y", "x"}}) {
             crossed.add(two.submit(() -> mStore.getOrFetch(keys[0], (key, out) -> {
-                try {
-                    bothFetch.await();
-                } catch (Exception broken) {
-                    throw new IOException(broken);
-                }
+                assertDoesNotThrow(() -> bothFetch.await());
                 mStore.getOrFetch(keys[1], (other, ignored) -> { });
             })));
         }
         for (Future<File> each : crossed) {
             assertThrows(ExecutionException.class, () -> each.get(10, TimeUnit.SECONDS));
         }
-        assertEquals(0, mStore.getOrFetch("other", (key, out) -> out.close()).length());
         two.shutdown();
     }
 
     @Test
-    void nullMeansThatItIsNotThere() throws IOException {
-        put("key", 1);
-        close();
-        assertThrows(IllegalStateException.class, () -> mStore.get("key"));
-        assertThrows(IllegalStateException.class, () -> mStore.write("key"));
-        open();
-        Samples.delete(mRoot);
-        Files.write(mRoot.toPath(), new byte[0]);
-        assertThrows(IOException.class, () -> mStore.get("key"));
-        Files.delete(mRoot.toPath());
-        mRoot.mkdir();
-        assertThrows(IOException.class, () -> mStore.get("key"), "it is not the store's root");
+    void anInterruptedThreadWritesNothing() throws IOException {
+        EntryWriter out = mStore.write("key");
+        for (Executable call : new Executable[] {() -> out.write(1), out::commit}) {
+            Thread.currentThread().interrupt();
+            assertThrows(InterruptedIOException.class, call);
+            assertTrue(Thread.interrupted(), "cleared");
+        }
+        out.write(1);
+        out.commit();
+        assertEquals(1, mStore.get("key").length());
     }
 
     @Test
-    void foreignThingsInTheRootAreEntriesAndLinksAreNotFollowed() throws IOException {
-        Path outside = Files.createTempDirectory("outside");
-        Files.write(outside.resolve("kept"), new byte[1]);
-        Files.createDirectories(mRoot.toPath().resolve("dir/sub"));
-        Files.write(mRoot.toPath().resolve("dir/sub/file"), new byte[40]);
-        Files.createSymbolicLink(mRoot.toPath().resolve("dir/link"), outside);
-        Files.createSymbolicLink(mRoot.toPath().resolve("link"), outside);
-        assertEquals(40, mStore.size());
-        assertTrue(mStore.remove("link"));
-        put("dir", 100);
-        assertEquals(100, mStore.get("dir").length());
-        assertTrue(Files.exists(outside.resolve("kept")));
-        Samples.delete(outside.toFile());
+    void badArgumentsAreRefused() {
+        for (Executable call : new Executable[] {
+            () -> FileStore.open(mRoot, -1), () -> mStore.setMaxSizeBytes(-1),
+            () -> mStore.get(""), () -> mStore.write(""), () -> mStore.remove(""),
+            () -> mStore.get(String.join("", Collections.nCopies(245, "x"))),
+            () -> mStore.write("key", -1, KNOWN.sha256()), () -> mStore.write("key", 1, "00"),
+            () -> mStore.setExtra("key", new byte[(16 << 20) + 1])}) {
+            assertThrows(IllegalArgumentException.class, call);
+        }
+        for (Executable call : new Executable[] {() -> mStore.get(null), () -> mStore.write(null),
+            () -> mStore.write("key", 1, null), () -> mStore.setExtra("key", null),
+            () -> FileStore.open(null, 1)}) {
+            assertThrows(NullPointerException.class, call);
+        }
+    }
+
+    @Test
+    void aClosedStoreRefusesEverything() throws IOException {
+        EntryWriter out = mStore.write("open");
+        close();
+        for (Executable call : new Executable[] {() -> mStore.get("key"), () -> mStore.write("key"),
+            () -> mStore.write("key", 1, KNOWN.sha256()), () -> mStore.remove("key"),
+            () -> mStore.extra("key"), () -> mStore.setExtra("key", new byte[1]),
+            () -> mStore.keys(), () -> mStore.clear(), () -> mStore.size(),
+            () -> mStore.setMaxSizeBytes(1), () -> out.write(1)}) {
+            assertThrows(IllegalStateException.class, call);
+        }
     }
 }

@@ -1,6 +1,7 @@
 package com.lumora.camera.effect.qv.modelcache;
 
 import static com.lumora.camera.effect.qv.modelcache.Samples.*;
+import static com.lumora.camera.effect.qv.modelcache.StoreException.Reason.*;
 import static java.util.Arrays.asList;
 import static org.junit.jupiter.api.Assertions.*;
 
@@ -8,11 +9,16 @@ import com.zentrel.vistabase.assets.modelcache.facetracker.FacetrackerModelCache
 import java.io.*;
 import java.nio.file.*;
 import java.util.*;
+import java.util.concurrent.CancellationException;
 import org.junit.jupiter.api.*;
 import org.junit.jupiter.api.function.Executable;
 import org.junit.jupiter.api.io.TempDir;
 
+/** What Java sees of a ModelStore. What a store does is tested natively. */
 class ModelStoreTest {
+    private static final ModelFile FIRST = files(1).get(0);
+    private static final byte[] FIRST_BYTES = bytes(FIRST.type(), 1);
+
     @TempDir File mRoot;
     private ModelStore mStore;
 
@@ -31,32 +37,47 @@ class ModelStoreTest {
         mStore = ModelStore.open(mRoot, CAPABILITY, budget);
     }
 
-    private static String messageOf(Class<? extends Throwable> type, Executable call) {
-        return assertThrows(type, call).getMessage();
+    /** Writes so many bytes of the first file of version 1, and closes the writer. */
+    private static void writePart(Update update, int size) throws IOException {
+        try (ModelWriter out = update.write(FIRST)) {
+            out.write(FIRST_BYTES, 0, size);
+        }
     }
 
     @Test
-    void versionsComeGoAndComeBack() throws IOException {
+    void pathsFollowTheActiveVersion() throws IOException {
         assertActive(null, mStore);
+        update(mStore, 1);
         update(mStore, 2);
         assertActive(2, mStore);
-        update(mStore, 1);
-        mStore.activate(2);
-        assertActive(2, mStore);
+        mStore.activate(1);
+        assertActive(1, mStore);
         reopen(TWO_VERSIONS);
-        assertActive(2, mStore);
+        assertActive(1, mStore);
+        mStore.deactivate();
+        assertActive(null, mStore);
         assertEquals(asList(1, 2), mStore.versions());
-        mStore.trimExcept();
-        assertEquals(asList(2), mStore.versions());
-        assertActive(2, mStore);
-        assertThrows(IllegalArgumentException.class, () -> mStore.activate(1));
-        mStore.trimExcept(9);
-        assertActive(2, mStore);
-        mStore.begin(3, files(2)).close();
-        assertEquals(asList(2, 3), mStore.versions(), "all of its files were there");
-        synchronized (mStore) {
-            mStore.activate(3);
+    }
+
+    @Test
+    void trimmingKeepsTheNamedVersionsAndTheActiveOne() throws IOException {
+        for (int version : new int[] {1, 2, 3}) {
+            update(mStore, version);
         }
+        mStore.trimExcept(1);
+        assertEquals(asList(1, 3), mStore.versions());
+        mStore.trimExcept();
+        assertActive(3, mStore);
+        assertEquals(asList(3), mStore.versions());
+    }
+
+    @Test
+    void filesHaveTheirTypesInOrderAndTheirPaths() throws IOException {
+        update(mStore, 1);
+        Map<ModelFile, String> files = mStore.files(1);
+        assertEquals(files(1), new ArrayList<>(files.keySet()));
+        assertEquals(new ArrayList<>(mStore.paths().values()), new ArrayList<>(files.values()));
+        assertEquals(VERSION_SIZE, mStore.sizeBytes());
     }
 
     @Test
@@ -67,9 +88,8 @@ class ModelStoreTest {
         mStore.close();
         try (FileCacheBasicImpl files = new FileCacheBasicImpl(mRoot.getPath(), 1L << 40);
                 FacetrackerModelCache models = new FacetrackerModelCache(files)) {
-            assertEquals(paths.get("face_tracker_model.bin"), models.getFaceAlignPath(2));
-            assertEquals(paths.get("pdm_multires.bin"), models.getMeshPath(1));
-            assertNotEquals("", models.getFaceDetectPath(1));
+            assertEquals(paths.get(Capability.FACE_TRACKER), models.getFaceAlignPath(2));
+            assertEquals(paths.get(Capability.PDM_MULTIRES), models.getMeshPath(1));
             assertTrue(files.getSize() >= TWO_VERSIONS);
         }
         mStore = Samples.open(mRoot);
@@ -77,215 +97,193 @@ class ModelStoreTest {
     }
 
     @Test
-    void onlyWhatIsNotThereIsMissing() throws IOException {
+    void anUpdateResumesAndTellsHowMuchIsLeft() throws IOException {
+        try (Update update = mStore.begin(1, files(1))) {
+            writePart(update, 400);
+        }
+        reopen(VERSION_SIZE);
+        try (Update update = mStore.begin(1, files(1))) {
+            assertEquals(VERSION_SIZE, update.totalBytes());
+            assertEquals(VERSION_SIZE - 400, update.remainingBytes());
+            try (ModelWriter out = update.write(FIRST)) {
+                assertEquals(400, out.offset());
+                out.restart();
+                assertEquals(0, out.offset());
+                out.write(FIRST_BYTES[0]);
+                out.write(FIRST_BYTES, 1, 599);
+                assertEquals(600, out.offset());
+                for (int i = 600; i < SIZE; ++i) {
+                    out.write(FIRST_BYTES[i]);
+                }
+                out.commit();
+            }
+            assertEquals(files(1).subList(1, 4), update.missing());
+        }
+    }
+
+    @Test
+    void failuresHaveReasons() throws IOException {
+        Update update = mStore.begin(1, files(1));
+        assertFails(TOO_SHORT, () -> update.write(FIRST).commit());
+        assertFails(WRONG_CONTENT, () -> update.write(FIRST).write(new byte[SIZE + 1]));
+        assertFails(WRONG_CONTENT, () -> {
+            ModelWriter out = update.write(FIRST);
+            out.write(new byte[SIZE]);
+            out.commit();
+        });
+        ModelWriter failed = update.write(FIRST);
+        assertFails(TOO_SHORT, failed::commit);
+        assertFails(IO, () -> failed.write(1));
+        update.close();
+
         update(mStore, 1);
-        try (Update update = mStore.begin(2, files(2))) {
-            assertEquals(files(2).subList(0, 2), update.missing());
-            // Beside each other, which the store would refuse if a writer held its lock.
-            ModelWriter other = update.write(files(2).get(1));
-            download(update, files(2).get(0), 2);
-            other.close();
-            assertEquals(files(2).subList(1, 2), update.missing());
-            assertEquals(asList(1), mStore.versions());
-            assertThrows(IllegalStateException.class, update::activate);
-            assertThrows(IllegalArgumentException.class, () -> update.write(files(2).get(0)));
-        }
-        reopen(TWO_VERSIONS);
-        try (Update update = mStore.begin(2, files(2))) {
-            assertEquals(files(2).subList(1, 2), update.missing());
-            download(update, files(2).get(1), 2);
-        }
-        assertActive(1, mStore);
-        assertEquals(asList(1, 2), mStore.versions(), "complete, and not active yet");
-        mStore.activate(2);
+        StoreException inUse = assertFails(IN_USE, () -> Samples.open(mRoot));
+        assertEquals(mRoot.getPath(), inUse.path());
+        mStore.setMaxSizeBytes(TWO_VERSIONS - 1);
+        StoreException noRoom = assertFails(NO_ROOM, () -> mStore.begin(2, files(2)));
+        assertEquals(TWO_VERSIONS, noRoom.neededBytes());
+        assertEquals(TWO_VERSIONS - 1, noRoom.budgetBytes());
+        assertTrue(new File(mStore.paths().get(FIRST.type())).delete());
+        assertFails(DAMAGED, () -> mStore.activate(1));
+
+        close();
+        StoreException io = assertFails(IO,
+                () -> Samples.open(new File(mRoot, String.join("", Collections.nCopies(256, "x")))));
+        assertEquals(36, io.errno()); // ENAMETOOLONG
+    }
+
+    @Test
+    void theActiveVersionGoesOnlyIfItIsGivenUp() throws IOException {
+        update(mStore, 1);
+        mStore.setMaxSizeBytes(VERSION_SIZE);
+        assertFails(NO_ROOM, () -> mStore.begin(2, files(2), Room.KEEP_ACTIVE));
+        mStore.begin(2, files(2), Room.GIVE_UP_ACTIVE).close();
+        assertActive(null, mStore);
+        update(mStore, 2);
         assertActive(2, mStore);
     }
 
     @Test
-    void anUnfinishedFileIsGoneOnWith() throws IOException {
-        ModelFile file = files(1).get(0);
-        byte[] bytes = bytes(file.type(), 1);
+    void anInterruptedThreadWritesAndActivatesNothing() throws IOException {
         try (Update update = mStore.begin(1, files(1))) {
-            try (ModelWriter out = update.write(file)) {
-                out.write(bytes, 0, 400);
-                assertThrows(IllegalStateException.class, () -> update.write(file));
+            writePart(update, 400);
+            ModelWriter out = update.write(FIRST);
+            for (Executable call : new Executable[] {() -> out.write(1),
+                () -> out.write(FIRST_BYTES), out::commit, update::activate}) {
+                Thread.currentThread().interrupt();
+                assertThrows(InterruptedIOException.class, call);
+                assertTrue(Thread.interrupted(), "cleared");
             }
-            try (ModelWriter out = update.write(file)) {
-                assertEquals(400, out.offset());
-                out.restart();
-                assertEquals(0, out.offset());
-                out.write(bytes[0]);
-                out.write(bytes, 1, 599);
-            }
-        }
-        reopen(VERSION_SIZE);
-        try (Update update = mStore.begin(1, files(1)); ModelWriter out = update.write(file)) {
-            assertEquals(600, out.offset());
-            out.write(bytes, 600, 400);
-        }
-        reopen(VERSION_SIZE);
-        try (Update update = mStore.begin(1, files(1))) {
-            assertFalse(update.missing().contains(file), "written to the end, but not committed");
-        }
-        mStore.trimExcept();
-        try (Update update = mStore.begin(1, files(1))) {
-            assertEquals(4, update.missing().size(), "files of no version go, too");
+            assertEquals(400, out.offset());
+            out.write(FIRST_BYTES, 400, SIZE - 400);
+            out.commit();
         }
     }
 
     @Test
-    void whatIsNotWhatItShouldBeIsDropped() throws IOException {
-        ModelFile file = files(1).get(0);
-        byte[] wrong = bytes(file.type(), 7);
+    void aCancelledUpdateKeepsWhatWasWritten() throws IOException {
         try (Update update = mStore.begin(1, files(1))) {
-            for (int size : new int[] {0, SIZE - 1, SIZE + 1, SIZE}) {
-                ModelWriter out = update.write(file);
-                out.restart();
-                String message = messageOf(StoreException.class, () -> {
-                    out.write(Arrays.copyOf(wrong, size));
-                    out.commit();
-                });
-                String expected = size == SIZE ? file.sha256() : String.valueOf(SIZE);
-                String actual = size == SIZE ? file(file.type(), wrong).sha256() : size + " bytes";
-                assertTrue(message.contains(expected) && message.contains(actual), message);
-                assertThrows(IOException.class, () -> out.write(1));
-                assertEquals(4, update.missing().size());
-                try (ModelWriter next = update.write(file)) {
-                    assertEquals(size < SIZE ? size : 0, next.offset());
-                }
-            }
+            ModelWriter out = update.write(FIRST);
+            out.write(FIRST_BYTES, 0, 400);
+            update.cancel();
+            assertThrows(CancellationException.class, () -> out.write(FIRST_BYTES, 400, 1));
+            assertThrows(CancellationException.class, update::activate);
+        }
+        try (Update update = mStore.begin(1, files(1))) {
+            assertEquals(VERSION_SIZE - 400, update.remainingBytes());
         }
     }
 
     @Test
-    void badArgumentsAreRefused() {
+    void damagedFilesAreFoundAndFetchedAgain() throws IOException {
+        update(mStore, 1);
+        Files.write(Paths.get(mStore.paths().get(FIRST.type())), new byte[SIZE]);
+        assertEquals(asList(FIRST), mStore.verify());
+        try (Update update = mStore.begin(1, files(1))) {
+            assertEquals(asList(FIRST), update.missing());
+        }
+        update(mStore, 1);
+        assertActive(1, mStore);
+    }
+
+    @Test
+    void badArgumentsAreRefused() throws IOException {
         List<ModelFile> good = files(1);
-        ModelFile foreign = new ModelFile("seg_init_net.pb", 1, good.get(0).sha256());
-        ModelFile longer = new ModelFile(good.get(3).type(), SIZE + 1, good.get(0).sha256());
-        List<List<ModelFile>> bad = asList(good.subList(0, 3), asList(), asList((ModelFile) null),
-                asList(good.get(0), good.get(1), good.get(2), longer),
-                asList(good.get(0), good.get(1), good.get(2), foreign),
-                asList(good.get(0), good.get(1), good.get(2), good.get(2)));
-        assertThrows(IllegalArgumentException.class, () -> ModelStore.open(mRoot, null, 1));
-        for (List<ModelFile> files : bad) {
-            assertThrows(IllegalArgumentException.class, () -> mStore.begin(1, files));
+        String digest = FIRST.sha256();
+        for (Executable call : new Executable[] {
+            () -> ModelStore.open(mRoot, null, 1), () -> ModelStore.open(mRoot, CAPABILITY, -1),
+            () -> mStore.begin(1, null), () -> mStore.begin(1, asList((ModelFile) null)),
+            () -> mStore.begin(1, good.subList(0, 3)), () -> mStore.begin(1, good, null),
+            () -> mStore.activate(9), () -> mStore.files(9), () -> mStore.setMaxSizeBytes(-1),
+            () -> mStore.begin(1, good).write(null),
+            () -> new ModelFile("t", 1, digest.substring(1) + "\u0661"),
+            () -> new ModelFile("t", 1, null), () -> new ModelFile(null, 1, digest),
+            () -> new ModelFile("t", -1, digest), () -> Capability.of("", "t"),
+            () -> Capability.of("n"), () -> Capability.of("n", "t", null),
+            () -> Capability.of("SEGMENTATION", "t")}) {
+            assertThrows(IllegalArgumentException.class, call);
         }
-        String digest = good.get(0).sha256();
-        for (String text : new String[] {"", digest + "0", digest.substring(1) + "g", null,
-            digest.substring(1) + "\u0661"}) {
-            assertThrows(IllegalArgumentException.class, () -> new ModelFile("t", 1, text));
+        assertEquals(FIRST, new ModelFile(FIRST.type(), SIZE, digest.toUpperCase(Locale.ROOT)));
+        close(); // with an update that is running
+        String message = assertThrows(IllegalArgumentException.class,
+                () -> ModelStore.open(mRoot, Capability.SEGMENTATION, 1)).getMessage();
+        assertTrue(message.contains("FACE_TRACKING"), message);
+    }
+
+    /** Which native code compares with its own tables. */
+    @Test
+    void knownCapabilitiesHaveTheNativeTypes() {
+        for (Capability known : asList(Capability.FACE_TRACKING, Capability.SEGMENTATION)) {
+            String[] types = known.types().toArray(new String[0]);
+            assertEquals(known, Capability.of(known.name(), types));
         }
-        assertEquals(good.get(0),
-                new ModelFile(good.get(0).type(), SIZE, digest.toUpperCase(Locale.ROOT)));
-        assertThrows(IllegalArgumentException.class, () -> new ModelFile("t", -1, digest));
-        assertThrows(IllegalArgumentException.class,
-                () -> ModelStore.open(mRoot, CAPABILITY, -1));
     }
 
     @Test
-    void oneUpdateAndOneStoreAtATime() throws IOException {
+    void aClosedStoreRefusesEverything() throws IOException {
         update(mStore, 1);
         Update update = mStore.begin(2, files(2));
         assertThrows(IllegalStateException.class, () -> mStore.begin(3, files(3)));
         ModelWriter out = update.write(files(2).get(0));
-        String message = messageOf(IOException.class, () -> Samples.open(mRoot));
-        assertTrue(message.contains("in this process already"), message);
-        assertThrows(IOException.class, () -> FileStore.open(new File(mRoot, "../" + mRoot.getName()), 1));
         mStore.close();
         mStore.close();
         for (Executable call : new Executable[] {() -> mStore.paths(), () -> mStore.versions(),
             () -> mStore.activeVersion(), () -> mStore.begin(2, files(2)), () -> mStore.activate(1),
-            () -> mStore.trimExcept(1), () -> mStore.verify(), () -> update.missing(),
-            () -> update.activate(), () -> out.write(1)}) {
+            () -> mStore.deactivate(), () -> mStore.trimExcept(1), () -> mStore.verify(),
+            () -> mStore.files(1), () -> mStore.sizeBytes(), () -> mStore.setMaxSizeBytes(1),
+            () -> update.missing(), () -> update.totalBytes(), () -> update.remainingBytes(),
+            () -> update.activate(), () -> out.write(1), () -> out.commit()}) {
             assertThrows(IllegalStateException.class, call);
         }
         update.close();
+        out.close();
         mStore = Samples.open(mRoot);
-        assertThrows(IllegalArgumentException.class,
-                () -> ModelStore.open(new File(mRoot, "x"), Capability.SEGMENTATION, -1));
-        mStore.close();
-        message = messageOf(IllegalArgumentException.class,
-                () -> ModelStore.open(mRoot, Capability.SEGMENTATION, 1));
-        assertTrue(message.contains("FACE_TRACKING"), message);
-    }
-
-    @Test
-    void roomIsMadeOfTheOldestInactiveVersionsThenOfFilesOfNone() throws IOException {
-        update(mStore, 1);
-        update(mStore, 2);
-        update(mStore, 3);
-        mStore.activate(1); // Of the others, 2 has not been active for longer.
-        Files.write(new File(mRoot, "stray").toPath(), new byte[10]);
-        reopen(TWO_VERSIONS + 2 * SIZE + 10);
-        assertEquals(asList(1, 2, 3), mStore.versions());
-        mStore.begin(4, files(4)).close();
-        assertEquals(asList(1, 3), mStore.versions());
-        reopen(TWO_VERSIONS + 9);
-        mStore.begin(4, files(4)).close();
-        assertEquals(asList(1), mStore.versions());
-        assertFalse(new File(mRoot, "stray").exists());
         assertActive(1, mStore);
-
-        reopen(TWO_VERSIONS - 1);
-        String message = messageOf(IOException.class, () -> mStore.begin(4, files(4)));
-        assertTrue(message.contains(" " + TWO_VERSIONS + " ")
-                && message.contains(" " + (TWO_VERSIONS - 1)), message);
-        List<ModelFile> huge = new ArrayList<>(files(4));
-        huge.set(0, new ModelFile(huge.get(0).type(), Long.MAX_VALUE, huge.get(0).sha256()));
-        huge.set(1, new ModelFile(huge.get(1).type(), Long.MAX_VALUE, huge.get(1).sha256()));
-        assertThrows(IOException.class, () -> mStore.begin(4, huge));
-        reopen(TWO_VERSIONS);
-        update(mStore, 4);
-        assertActive(4, mStore);
     }
 
-    @Test
-    void damagedFilesAreFoundAndGotAgain() throws IOException {
-        update(mStore, 1);
-        update(mStore, 2);
-        Path flipped = Paths.get(mStore.paths().get(CAPABILITY.types().get(0)));
-        Files.write(flipped, bytes(CAPABILITY.types().get(0), 1));
-        assertEquals(files(2).subList(0, 1), mStore.verify());
-        mStore.activate(1);
-        assertThrows(IOException.class, () -> mStore.activate(2));
-        assertTrue(new File(mStore.paths().get(CAPABILITY.types().get(3))).delete());
-        List<ModelFile> both = asList(files(2).get(0), files(2).get(3));
-        assertTrue(mStore.verify().containsAll(both));
-        reopen(TWO_VERSIONS); // There is room for what is to be replaced, though not for more.
-        try (Update update = mStore.begin(2, files(2))) {
-            for (int i = 0; i < 2; ++i) { // once more, after damage while the update runs
-                assertTrue(update.missing().contains(files(2).get(0)));
-                assertThrows(IllegalStateException.class, update::activate);
-                for (ModelFile file : update.missing()) {
-                    download(update, file, 2);
-                }
-                if (i == 0) {
-                    Files.write(flipped, bytes(CAPABILITY.types().get(0), 1));
-                    assertEquals(files(2).subList(0, 1), mStore.verify());
-                }
+    /** Opens a store twice where there is no native library. */
+    public static void main(String[] root) throws IOException {
+        for (int i = 0; i < 2; ++i) {
+            try {
+                Samples.open(new File(root[0]));
+            } catch (UnsatisfiedLinkError missing) {
+                System.out.println(missing.getMessage());
             }
-            update.activate();
         }
-        assertActive(2, mStore);
     }
 
     @Test
-    void aVersionMayBePublishedAgainWithOneFileForAllTypes() throws IOException {
-        update(mStore, 1);
-        List<ModelFile> files = new ArrayList<>();
-        for (String type : CAPABILITY.types()) {
-            files.add(file(type, bytes("face_tracker_model.bin", 2)));
+    void aMissingLibraryIsNamedEachTime() throws Exception {
+        Process process = new ProcessBuilder(System.getProperty("java.home") + "/bin/java",
+                "-Djava.library.path=" + mRoot, "-cp", System.getProperty("java.class.path"),
+                ModelStoreTest.class.getName(), mRoot.getPath()).redirectErrorStream(true).start();
+        List<String> lines = new ArrayList<>();
+        new BufferedReader(new InputStreamReader(process.getInputStream())).lines()
+                .forEach(lines::add);
+        assertEquals(2, lines.size(), lines::toString);
+        for (String line : lines) {
+            assertTrue(line.contains("libmodelcache.so")
+                    && line.contains(System.getProperty("os.arch")), line);
         }
-        try (Update update = mStore.begin(1, files)) {
-            assertEquals(files.subList(0, 1), update.missing());
-            download(update, files.get(0), 2);
-            assertActive(1, mStore);
-            update.activate();
-        }
-        reopen(TWO_VERSIONS);
-        assertEquals(1, mStore.activeVersion());
-        assertEquals(CAPABILITY.types(), new ArrayList<>(mStore.paths().keySet()));
-        assertEquals(1, new HashSet<>(mStore.paths().values()).size());
     }
-
 }

@@ -8,6 +8,7 @@ import java.math.BigInteger;
 import java.nio.file.*;
 import java.security.MessageDigest;
 import java.util.*;
+import org.junit.jupiter.api.function.Executable;
 
 /** Versions to fill stores with. Of each, the first two files are its own. */
 public final class Samples {
@@ -77,12 +78,10 @@ public final class Samples {
         assertEquals(Collections.emptyList(), store.verify());
     }
 
-    /** A root in which version 2 is active, and 1 is complete. */
-    static void fill(Path root) throws IOException {
-        try (ModelStore store = open(root.toFile())) {
-            update(store, 1);
-            update(store, 2);
-        }
+    static StoreException assertFails(StoreException.Reason reason, Executable call) {
+        StoreException failure = assertThrows(StoreException.class, call);
+        assertEquals(reason, failure.reason(), failure.getMessage());
+        return failure;
     }
 
     static void delete(File file) {
@@ -91,20 +90,6 @@ public final class Samples {
             delete(each);
         }
         file.delete();
-    }
-
-    static void copy(Path from, Path to) throws IOException {
-        Files.createDirectories(to);
-        try (DirectoryStream<Path> files = Files.newDirectoryStream(from)) {
-            for (Path file : files) {
-                if (Files.isDirectory(file)) {
-                    copy(file, to.resolve(file.getFileName()));
-                } else {
-                    Files.copy(file, to.resolve(file.getFileName()),
-                            StandardCopyOption.REPLACE_EXISTING);
-                }
-            }
-        }
     }
 
     /** What soft errors say while this is open. */
