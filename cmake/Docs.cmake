@@ -6,8 +6,10 @@ if(NOT DOXYGEN_FOUND)
   return()
 endif()
 
-get_target_property(headers modelcache_core HEADER_SET)
-get_target_property(softerror_headers modelcache_softerror HEADER_SET)
+foreach(target modelcache_softerror modelcache_support modelcache_caches)
+  get_target_property(headers_of_target ${target} HEADER_SET)
+  list(APPEND headers ${headers_of_target})
+endforeach()
 set(main_page ${PROJECT_SOURCE_DIR}/docs/api.md)
 
 set(DOXYGEN_PROJECT_NAME libmodelcache)
@@ -23,7 +25,7 @@ set(DOXYGEN_HAVE_DOT NO)
 set(DOXYGEN_QUIET YES)
 set(DOXYGEN_WARN_IF_UNDOCUMENTED YES)
 set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
-doxygen_add_docs(modelcache_docs ${main_page} ${headers} ${softerror_headers} COMMENT "API pages")
+doxygen_add_docs(modelcache_docs ${main_page} ${headers} COMMENT "API pages")
 
 if(MODELCACHE_JNI AND Java_JAVADOC_EXECUTABLE)
   add_custom_command(TARGET modelcache_docs POST_BUILD VERBATIM

@@ -22,8 +22,8 @@ struct Snapshot {
 
 /// A file of a complete version.
 struct StoredModelFile {
-  ModelFile file;
-  std::string path;
+  ModelFile file;    ///< What it has to be.
+  std::string path;  ///< Where it is.
 };
 
 /// What room may be made of for an update, beyond inactive versions and files of no version.

@@ -23,6 +23,7 @@ struct Report {
 /// Receives reports, on the thread that reports; several threads may be in it at once. An exception
 /// that it throws is dropped.
 struct Sink {
+  /// Null for no sink.
   void (*receive)(const Report& report, void* userData) = nullptr;
   void* userData = nullptr;  ///< Passed to each call. It is never freed here.
 };

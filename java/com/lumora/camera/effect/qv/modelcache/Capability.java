@@ -11,13 +11,17 @@ import org.jetbrains.annotations.Nullable;
  * Compares by value; immutable.
  */
 public final class Capability {
-    /** Types of {@link #FACE_TRACKING}. */
+    /** First type of {@link #FACE_TRACKING}. */
     public static final String FACE_TRACKER = "face_tracker_model.bin";
+    /** Second type of {@link #FACE_TRACKING}. */
     public static final String FACE_DETECTOR = "face_detector_model.bin";
+    /** Third type of {@link #FACE_TRACKING}. */
     public static final String FEATURES = "features_model.bin";
+    /** Fourth type of {@link #FACE_TRACKING}. */
     public static final String PDM_MULTIRES = "pdm_multires.bin";
-    /** Types of {@link #SEGMENTATION}. */
+    /** First type of {@link #SEGMENTATION}. */
     public static final String INIT_NET = "seg_init_net.pb";
+    /** Second type of {@link #SEGMENTATION}. */
     public static final String PREDICT_NET = "seg_predict_net.pb";
 
     /** Face tracking: four files. */

@@ -4,7 +4,11 @@ import java.io.IOException;
 import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
 
-/** A store could not do what it was asked to. What was committed before stays as it was. */
+/**
+ * A store could not do what it was asked to. What was committed before stays as it was.
+ *
+ * @serial exclude
+ */
 public final class StoreException extends IOException {
     private static final long serialVersionUID = 1L;
 
