@@ -149,7 +149,7 @@ public final class ModelDownloader {
                 out.restart(); // The server ignored the range: this is the whole file.
             }
             byte[] buffer = new byte[1 << 16];
-            // One byte too many is enough: commit refuses the file.
+            // Up to one byte too many, which write refuses.
             while (out.offset() <= file.sizeBytes()) {
                 int count = body.read(buffer);
                 if (count < 0) {
