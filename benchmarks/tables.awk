@@ -29,6 +29,11 @@ function target(what, limit, unit, value, digits) {
     value == "" ? "not measured" : value <= limit ? "reached" : "**missed**"
 }
 
+# What could as well be nothing is not printed as a figure.
+function beyondNoise(value, noise, form) {
+  return value < noise && value > -noise ? "not measurable" : sprintf(form, value)
+}
+
 function targets(   get) {
   print "\n| target | at most | measured | |\n| --- | --: | --: | --- |"
   get = "getCacheEntry"
@@ -67,16 +72,16 @@ END {
   for (i = 1; i <= disks; ++i) printf "| %s | %d | %d |\n", stores[i], diskCalls[i], syncs[i]
   print "\n| | ms | beyond hashing and reading or writing |\n| --- | --: | --: |"
   for (name in bulks)
-    printf "| %s | %.0f | %.0f %% |\n", name, bulk[name, "store"] / 1e6,
-      100 * (1 - bulk[name, "floor"] / bulk[name, "store"])
+    printf "| %s | %.0f | %s |\n", name, bulk[name, "store"] / 1e6,
+      beyondNoise(100 * (1 - bulk[name, "floor"] / bulk[name, "store"]), 5, "%.0f %%")
 
   print "\n| start of a virtual machine | time | peak memory |\n| --- | --: | --: |"
   printf "| empty | %.1f ms | %s KiB |\n", start["nothing"], thousands(memory["nothing"])
   split("load raw store", mode, " ")
   split("loads the library:four paths, raw classes:four paths, `ModelStore`", label, ":")
   for (i = 1; i <= 3; ++i)
-    printf "| %s | %+.1f ms | %+d KiB |\n", label[i], start[mode[i]] - start["nothing"],
-      memory[mode[i]] - memory["nothing"]
+    printf "| %s | %s | %+d KiB |\n", label[i],
+      beyondNoise(start[mode[i]] - start["nothing"], 0.5, "%+.1f ms"), memory[mode[i]] - memory["nothing"]
 
   print "\n| call from Java | ns | bytes allocated |\n| --- | --: | --: |"
   for (name in bytes) printf "| `%s` | %.1f | %.0f |\n", name, nanoseconds[name], bytes[name]
