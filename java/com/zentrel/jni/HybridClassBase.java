@@ -6,7 +6,7 @@ import org.jetbrains.annotations.NotNull;
  * Base of the classes whose work is done by a native peer. The peer lives until the object is
  * released or, failing that, until some time after the object has become unreachable.
  *
- * <p>One thread at a time, but for {@link #release}.
+ * <p>One thread at a time, except for {@link #release}.
  */
 public abstract class HybridClassBase implements AutoCloseable {
     /** Owner of the native peer; null once released. Read by native code. */
@@ -18,8 +18,8 @@ public abstract class HybridClassBase implements AutoCloseable {
     }
 
     /**
-     * Destroys the native peer now, or once the calls that are inside it return; native methods throw
-     * NullPointerException from then on. Calling it again does nothing. Any thread may, at any time.
+     * Destroys the native peer now, or when the calls inside it have returned; native methods throw
+     * NullPointerException from then on. Any thread may call it, at any time; again, it does nothing.
      */
     public final void release() {
         HybridData hybridData = mHybridData;

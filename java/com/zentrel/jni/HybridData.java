@@ -13,7 +13,7 @@ import java.util.concurrent.ConcurrentHashMap;
 public final class HybridData {
     private final Destructor mDestructor = new Destructor(this);
 
-    /** Made by native code, which then hands the peer to the destructor. */
+    /** Called by native code, which then hands the peer to the destructor. */
     public HybridData() {}
 
     /** Destroys the native peer now. Calling it again does nothing. */
@@ -23,7 +23,7 @@ public final class HybridData {
 
     /**
      * Holds the only pointer to the native peer. A phantom reference and a thread instead of a
-     * finalizer (deprecated, slow) or a cleaner (not there on older systems).
+     * finalizer (deprecated, slow) or a cleaner (missing on older systems).
      */
     private static final class Destructor extends PhantomReference<HybridData> {
         private static final ReferenceQueue<HybridData> UNREACHABLE = new ReferenceQueue<>();
@@ -43,7 +43,7 @@ public final class HybridData {
             startThread();
         }
 
-        /** With the first peer, and not before: stores have none. */
+        /** With the first peer only: stores have none. */
         private static synchronized void startThread() {
             if (!sThreadStarted) {
                 DestructorThread thread = new DestructorThread();
@@ -54,8 +54,8 @@ public final class HybridData {
         }
 
         /**
-         * Synchronized because the collector may find a HybridData unreachable while the last call
-         * of its release is still under way.
+         * Synchronized because the collector may find a HybridData unreachable while its release is
+         * still running.
          */
         synchronized void destruct() {
             PENDING.remove(this);
@@ -70,7 +70,7 @@ public final class HybridData {
         private static native void deleteNative(long pointer);
     }
 
-    /** A class of its own: a method reference would cost more at the start than all else here. */
+    /** A named class: a method reference would be slower at startup than everything else here. */
     private static final class DestructorThread extends Thread {
         DestructorThread() {
             super("HybridData destructor");

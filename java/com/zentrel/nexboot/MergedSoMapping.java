@@ -3,8 +3,7 @@ package com.zentrel.nexboot;
 import org.jetbrains.annotations.NotNull;
 
 /**
- * Loads the libraries that were merged into {@code libmodelcache.so} by the file names that they
- * had before.
+ * Loads the libraries that were merged into {@code libmodelcache.so}, by their former file names.
  */
 public final class MergedSoMapping {
     private static final String MERGED_LIBRARY = "modelcache";
@@ -14,7 +13,7 @@ public final class MergedSoMapping {
     private MergedSoMapping() {}
 
     /**
-     * Loads {@code libmodelcache.so} from {@code java.library.path} unless that has been done, then
+     * Loads {@code libmodelcache.so} from {@code java.library.path} if it has not been loaded yet, then
      * lets the former library register its natives. Loading a library again does nothing.
      *
      * @param libraryName file name of the former library, such as "libardcache-jni.so"
@@ -23,8 +22,8 @@ public final class MergedSoMapping {
     public static void load(@NotNull String libraryName) {
         String owner = ownerOf(libraryName);
         loadMergedLibrary();
-        // The class whose natives the library holds is initialized first: its initializer calls
-        // this too, and has to come before the lock for whoever holds both.
+        // Initialize the class that owns the natives first. Its initializer calls this method, too:
+        // whoever needs both has to take the class's initialization lock before this one.
         initialize(owner);
         synchronized (MergedSoMapping.class) {
             if (invokeJniOnLoad(libraryName) != 0) {

@@ -17,7 +17,7 @@ import org.jetbrains.annotations.Nullable;
  * and answered with a neutral result: null, false, 0 or an empty array. A null argument throws
  * NullPointerException, and so does any call on a released object.
  *
- * <p>One thread at a time, also across the model caches that share this cache: a call that comes
+ * <p>One thread at a time, also across the model caches that share this cache: a call
  * while another thread is inside throws IllegalStateException and does nothing. Two caches over one
  * root are not coordinated.
  */
@@ -64,7 +64,7 @@ public abstract class ARDFileCache extends HybridClassBase {
 
     /**
      * All entries that have extra bytes, by key. A key that holds one of {@code " * / : < > ? | \}
-     * is given as its file is named: with a percent sign before that character.
+     * is returned as its file is named: with a percent sign before that character.
      *
      * @return the entries, each with a native peer of its own
      */
@@ -86,7 +86,7 @@ public abstract class ARDFileCache extends HybridClassBase {
     public abstract boolean remove(@NotNull String key);
 
     /**
-     * Measures what was written for the key, then evicts old entries until the budget holds.
+     * Measures what was written for the key, then evicts old entries until the rest fits the budget.
      *
      * @param key the key of the entry
      */

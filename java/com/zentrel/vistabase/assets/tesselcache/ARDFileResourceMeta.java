@@ -6,7 +6,7 @@ import com.zentrel.nexboot.MergedSoMapping;
 import java.nio.ByteBuffer;
 import org.jetbrains.annotations.NotNull;
 
-/** What the cache tells of one entry beyond its path. */
+/** What the cache knows about an entry besides its path. */
 public final class ARDFileResourceMeta extends HybridClassBase {
     static {
         MergedSoMapping.load("libardcache-jni.so");

@@ -2,7 +2,7 @@ package com.zentrel.vistabase.common.exception;
 
 import org.jetbrains.annotations.NotNull;
 
-/** A model cache could not do what was asked. */
+/** A model cache could not do what it was asked. */
 public class EffectsFrameworkException extends RuntimeException {
     private static final long serialVersionUID = 1L;
 

@@ -35,13 +35,13 @@ public final class Capability {
     private final List<String> mTypes;
 
     /**
-     * A capability of your own. Names and types are made of letters, digits, "-", "_" and "." and do
-     * not begin with a dot; each has at most 180 characters.
+     * A capability of your own. Names and types consist of letters, digits, "-", "_" and ".", do not
+     * begin with a dot, and have at most 180 characters.
      *
-     * @param name not that of a known one with other types
+     * @param name if it is that of a known capability, the types have to be the same
      * @param types 1 to 64 types of models, all different
      * @return the capability
-     * @throws IllegalArgumentException if that is no capability
+     * @throws IllegalArgumentException if name or types break these rules
      */
     public static @NotNull Capability of(@NotNull String name, @NotNull String... types) {
         if (name == null || types == null || Arrays.asList(types).contains(null)) {

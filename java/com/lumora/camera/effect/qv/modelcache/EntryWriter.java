@@ -6,8 +6,8 @@ import java.io.OutputStream;
 import org.jetbrains.annotations.NotNull;
 
 /**
- * Writes an entry to a temporary file; {@link #commit} makes it one. Any thread. Where the content is
- * known beforehand, the bytes that an earlier writer got are kept: begin at {@link #offset}, or
+ * Writes an entry to a temporary file, which {@link #commit} turns into the entry. Any thread. If the
+ * content is known in advance, it resumes what an earlier writer wrote: begin at {@link #offset}, or
  * {@link #restart}.
  *
  * <p>On an interrupted thread, writing and committing throw {@link InterruptedIOException} and change
@@ -18,17 +18,17 @@ public class EntryWriter extends OutputStream {
 
     private final long mHandle;
     private final boolean mIsKept;
-    private byte[] mBuffer; // for single bytes
+    private byte[] mBuffer; // of single bytes
     private int mBuffered;
     private boolean mClosed;
 
-    /** @param isKept whether what was not committed is kept when it is closed */
+    /** @param isKept whether closing keeps uncommitted bytes */
     EntryWriter(long handle, boolean isKept) {
         mHandle = handle;
         mIsKept = isKept;
     }
 
-    /** Throws what an interrupted thread is to get. */
+    /** Throws on an interrupted thread. */
     static void requireUninterrupted() throws InterruptedIOException {
         if (Thread.currentThread().isInterrupted()) {
             throw new InterruptedIOException("the thread was interrupted");
@@ -36,15 +36,15 @@ public class EntryWriter extends OutputStream {
     }
 
     /**
-     * {@return where the next byte that is written comes to lie} If that is the whole size of known
-     * content, there is nothing left to fetch: commit.
+     * {@return the position of the next byte} If that is the full size of known content, nothing is
+     * left to fetch: commit.
      */
     public synchronized long offset() {
         return StoreNatives.offset(mHandle) + mBuffered;
     }
 
     /**
-     * Drops what has been written.
+     * Discards what has been written.
      *
      * @throws IOException if the disk fails, and the writer is closed
      */
@@ -62,7 +62,7 @@ public class EntryWriter extends OutputStream {
         }
         if (mBuffered == 0) {
             requireUninterrupted();
-            StoreNatives.offset(mHandle); // which throws if the store is closed
+            StoreNatives.offset(mHandle); // throws if the store is closed
         }
         mBuffer[mBuffered++] = (byte) b;
         if (mBuffered == BUFFER) {
@@ -73,9 +73,9 @@ public class EntryWriter extends OutputStream {
     /**
      * Appends bytes. A writer that fails is closed.
      *
-     * @throws StoreException for {@link StoreException.Reason#WRONG_CONTENT} if known content has fewer
-     *     bytes, all of which are dropped; for {@link StoreException.Reason#NO_ROOM} if an entry becomes
-     *     larger than the whole budget
+     * @throws StoreException for {@link StoreException.Reason#WRONG_CONTENT} if known content would
+     *     become too long, which drops all of it; for {@link StoreException.Reason#NO_ROOM} if an entry
+     *     would exceed the whole budget
      */
     @Override
     public synchronized void write(
@@ -104,21 +104,21 @@ public class EntryWriter extends OutputStream {
         try {
             StoreNatives.append(mHandle, bytes, offset, length);
         } catch (StoreException failure) {
-            closeHandle(); // as it is natively
+            closeHandle(); // the native writer has closed itself
             throw failure;
         }
     }
 
     /**
-     * Makes what was written the entry, in place of an earlier one and of its extra bytes, and closes
-     * the writer. Once this returns, the entry outlasts a power cut. If it throws, what was there
-     * before is there or, when only the last sync failed, the new entry.
+     * Makes what was written the entry, replaces an earlier one and its extra bytes, and closes the
+     * writer. Once this returns, the entry outlasts a power cut. If it throws, the earlier entry stays
+     * or, when only the last sync failed, the new one is there.
      *
      * @throws InterruptedIOException if the thread is interrupted; the writer stays open
      * @throws StoreException for {@link StoreException.Reason#TOO_SHORT} if bytes of known content are
-     *     missing, which can still come: what there is is kept for the next writer; for {@link
-     *     StoreException.Reason#WRONG_CONTENT} if the bytes are not the right ones, and dropped; for
-     *     {@link StoreException.Reason#NO_ROOM} if they are too many for the budget
+     *     missing: what was written is kept for the next writer to resume; for {@link
+     *     StoreException.Reason#WRONG_CONTENT} if the digest is wrong: the bytes are dropped; for
+     *     {@link StoreException.Reason#NO_ROOM} if they do not fit the budget
      * @throws IOException if the disk fails
      */
     public synchronized void commit() throws IOException {
@@ -143,13 +143,13 @@ public class EntryWriter extends OutputStream {
                 StoreNatives.append(mHandle, mBuffer, 0, mBuffered);
             }
         } catch (IllegalStateException ended) {
-            // By the update or the store.
+            // The update or the store has closed it.
         } finally {
             closeHandle();
         }
     }
 
-    /** This writer for a fetcher, who is not to commit it. */
+    /** This writer as a fetcher gets it, who must not commit it. */
     EntryWriter forFetcher() {
         return new EntryWriter(mHandle, true) {
             @Override
@@ -165,7 +165,7 @@ public class EntryWriter extends OutputStream {
     }
 
     private void closeHandle() {
-        StoreNatives.close(mHandle); // which a listener may not
+        StoreNatives.close(mHandle); // throws if a listener calls it
         mClosed = true;
     }
 

@@ -4,11 +4,11 @@ import java.io.IOException;
 import java.io.OutputStream;
 import org.jetbrains.annotations.NotNull;
 
-/** Gets the bytes of an entry that is not there yet. */
+/** Fetches the bytes of an entry that is not there yet. */
 public interface Fetcher {
     /**
-     * Writes all of the entry, or throws. Returning says that the entry is complete: what ends early
-     * has to be thrown, such as a {@link StoreException} for {@link StoreException.Reason#TOO_SHORT}.
+     * Writes all of the entry, or throws. Returning means that the entry is complete: if the source
+     * ends early, throw, such as a {@link StoreException} for {@link StoreException.Reason#TOO_SHORT}.
      *
      * @param key the key of the entry
      * @param out takes its bytes; closing it does nothing

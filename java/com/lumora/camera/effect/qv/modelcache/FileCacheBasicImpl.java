@@ -31,18 +31,18 @@ public class FileCacheBasicImpl extends ARDFileCache {
     }
 
     /**
-     * Sets the cache's own bookkeeping aside if it cannot be read, in which case every operation
-     * fails: the next one then adopts every entry again, as not used recently. Entries and their
-     * extra bytes stay.
+     * Sets the cache's own records aside if they cannot be read, which makes every operation fail. The
+     * next operation then adopts every entry again, as not used recently. Entries and their extra bytes
+     * stay.
      *
-     * <p>What cannot be read is renamed to {@code .metadata.json.damaged}, in place of an earlier
-     * one, and a soft error says so.
+     * <p>The file is renamed to {@code .metadata.json.damaged}, in place of an earlier one, and a soft
+     * error says so.
      *
-     * @return false if there is nothing to mend, or if it could not be renamed
+     * @return false if there is nothing to repair, or if it could not be renamed
      * @throws NullPointerException if the cache is closed
      */
     public boolean recoverMetadata() {
-        flush(); // which throws if the cache is closed, and does nothing else
+        flush(); // throws if the cache is closed, and does nothing else
         return StoreNatives.recoverMetadata(mRoot.getPath());
     }
 

@@ -11,15 +11,15 @@ import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
 
 /**
- * Files under one root directory, each under a key, within a byte budget: what was not used for
- * longest goes first. Any thread may call any method at any time; a kill, a power cut or a full disk
- * costs no committed entry; and a root has one store, in this process and in all others. A store that
- * is dropped without {@link #close} keeps its root until the process ends.
+ * Files under one root directory, each under a key, within a byte budget: the least recently used ones
+ * are evicted first. Any thread may call any method at any time. Committed entries survive kills, power
+ * cuts and full disks. A root has at most one store, across all processes; a store that is dropped
+ * without {@link #close} keeps its root until the process ends.
  *
- * <p>Any text is a key whose file name has at most 244 characters; otherwise, methods throw
- * IllegalArgumentException. Failures are IOExceptions, most of them a {@link StoreException} with a
- * reason. A closed store throws IllegalStateException, and so does one that is called from a
- * {@link SoftErrors.Listener} in the middle of a call of its own.
+ * <p>A key is any text whose file name has at most 244 characters; methods throw
+ * IllegalArgumentException for others. Failures are IOExceptions, most of them a {@link StoreException}
+ * with a reason. A closed store throws IllegalStateException, and so does one that a
+ * {@link SoftErrors.Listener} calls in the middle of one of the store's own calls.
  */
 public final class FileStore implements Closeable {
     private final long mHandle;
@@ -47,7 +47,7 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * Finds the file of an entry, which thereby counts as used. It stays until the entry is replaced,
+     * Finds the file of an entry, and counts this as a use. It stays until the entry is replaced,
      * removed, or evicted by a later commit.
      *
      * @param key the key of the entry
@@ -60,8 +60,8 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * Begins to write an entry. What is there stays until the writer commits; what is not committed is
-     * dropped.
+     * Begins to write an entry. An earlier one stays until the writer commits; closing it without a
+     * commit drops what was written.
      *
      * @param key the key of the entry
      * @return its writer, to be closed
@@ -73,14 +73,14 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * The same for known content: the commit checks it, and what an earlier writer of that content
-     * got, also before a kill, is resumed.
+     * The same for known content, which the commit checks. It resumes what an earlier writer of that
+     * content wrote, even before a kill.
      *
      * @param key the key of the entry
      * @param sizeBytes the size of the entry
      * @param sha256 the SHA-256 digest of its bytes, 64 hexadecimal digits
      * @return its writer, to be closed
-     * @throws IllegalArgumentException if the size is negative or the digest is none
+     * @throws IllegalArgumentException if the size is negative or the digest malformed
      * @throws IllegalStateException if the entry is being written already
      * @throws IOException if it is larger than the budget, or if the disk fails
      */
@@ -90,12 +90,12 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * The file of an entry, which {@code fetcher} gets if there is none. Of several threads that ask
-     * for one key, one fetches, and the others wait for the result. What the fetcher throws, the thread
-     * that fetches gets as it is.
+     * The file of an entry, which {@code fetcher} fetches if there is none. Of several threads that ask
+     * for one key, one fetches and the others wait for the result. What the fetcher throws arrives
+     * unchanged on the thread that fetches.
      *
      * @param key the key of the entry
-     * @param fetcher gets its bytes
+     * @param fetcher fetches its bytes
      * @return its file
      * @throws IOException if the fetcher or the disk fails
      * @throws IllegalStateException if the entry is being written, if fetchers wait for each other or,
@@ -119,7 +119,7 @@ public final class FileStore implements Closeable {
                         }
 
                         @Override
-                        public void close() {} // That it is complete is said by the fetcher's return.
+                        public void close() {} // Complete is what the fetcher says by returning.
                     });
                     out.commit();
                 }
@@ -137,15 +137,15 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * The same for known content. An entry of that size that is there already is not read again.
+     * The same for known content. An existing entry of that size is not read again.
      *
      * @param key the key of the entry
      * @param sizeBytes the size of the entry
      * @param sha256 the SHA-256 digest of its bytes, 64 hexadecimal digits
-     * @param fetcher gets its bytes
+     * @param fetcher fetches its bytes
      * @return its file
-     * @throws IOException if the fetcher or the disk fails, or if the content is not the right one
-     * @throws IllegalArgumentException if the size is negative or the digest is none
+     * @throws IOException if the fetcher or the disk fails, or if the content is wrong
+     * @throws IllegalArgumentException if the size is negative or the digest malformed
      * @throws IllegalStateException as without known content
      */
     public @NotNull File getOrFetch(final @NotNull String key, final long sizeBytes,
@@ -182,7 +182,7 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * Deletes all entries, and what unfinished writers have left.
+     * Deletes all entries and the remains of unfinished writers.
      *
      * @throws IOException if the disk fails
      */
@@ -201,7 +201,7 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * Gives an entry extra bytes, in place of those that it has. They go with its content.
+     * Attaches extra bytes to an entry, in place of earlier ones. They are deleted with its content.
      *
      * @param key the key of the entry
      * @param extra any bytes, 16 MiB at most
@@ -213,8 +213,8 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * {@return the keys of all entries, in no particular order} What others have put into the root under
-     * a name that no key has counts for {@link #size}, but is not among them.
+     * {@return the keys of all entries, in no particular order} Files in the root whose name stands for
+     * no key are left out, but count towards {@link #size}.
      *
      * @throws IOException if the disk fails
      */
@@ -223,7 +223,7 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * {@return the bytes of all entries together, as they lie on the disk now}
+     * {@return the bytes on disk of all entries together}
      *
      * @throws IOException if the disk fails
      */
@@ -232,7 +232,7 @@ public final class FileStore implements Closeable {
     }
 
     /**
-     * Changes the budget, which the next commit keeps.
+     * Changes the budget; the next commit enforces it.
      *
      * @param bytes the budget of all entries together
      * @throws IllegalArgumentException if it is negative
@@ -241,7 +241,7 @@ public final class FileStore implements Closeable {
         StoreNatives.setMaxSizeBytes(mHandle, bytes);
     }
 
-    /** Ends all writing and lets go of the root. Calling it again does nothing. */
+    /** Ends all writing and releases the root. Calling it again does nothing. */
     @Override
     public void close() {
         StoreNatives.close(mHandle);

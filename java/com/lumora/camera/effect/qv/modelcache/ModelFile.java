@@ -6,7 +6,7 @@ import java.util.Locale;
 import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
 
-/** What a model file has to be: its type, its size and its digest. Immutable. */
+/** Describes a model file by its type, size and digest. Immutable; compares by value. */
 public final class ModelFile {
     private static final int DIGEST_LENGTH = 64;
 
@@ -15,12 +15,12 @@ public final class ModelFile {
     private final String mSha256;
 
     /**
-     * A file of these properties.
+     * A file with these properties.
      *
      * @param type one of {@link Capability#types}
      * @param sizeBytes the size of the file
      * @param sha256 the SHA-256 digest of the file's bytes, 64 hexadecimal digits
-     * @throws IllegalArgumentException if the size is negative or the digest is none
+     * @throws IllegalArgumentException if the size is negative or the digest malformed
      */
     public ModelFile(@NotNull String type, long sizeBytes, @NotNull String sha256) {
         if (type == null || sha256 == null) {
@@ -37,7 +37,7 @@ public final class ModelFile {
         mSha256 = sha256.toLowerCase(Locale.ROOT);
     }
 
-    /** Of the parts that native code gives: types, sizes and digests. */
+    /** From what native code returns: types, sizes and digests. */
     static List<ModelFile> listOf(Object[] parts) {
         String[] types = (String[]) parts[0];
         List<ModelFile> files = new ArrayList<>();

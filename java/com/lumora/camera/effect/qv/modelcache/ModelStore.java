@@ -11,35 +11,34 @@ import org.jetbrains.annotations.Nullable;
 
 /**
  * The versions of one capability's models, under one root directory, within a byte budget. Any thread
- * may call any method at any time; after a kill, a power cut, a full disk or damage to the store's own
- * files the active version is there, as long as its model files are whole; and a root has one store,
- * in this process and in all others. A store that is dropped without {@link #close} keeps its root
- * until the process ends.
+ * may call any method at any time. The active version survives kills, power cuts, full disks and damage
+ * to the store's own files, as long as its model files are intact. A root has at most one store, across
+ * all processes; a store that is dropped without {@link #close} keeps its root until the process ends.
  *
  * <p>Failures are IOExceptions, most of them a {@link StoreException} with a reason. A closed store
- * throws IllegalStateException, and so does one that is called from a {@link SoftErrors.Listener} in
- * the middle of a call of its own; {@link #paths}, {@link #activeVersion} and {@link #versions} may be
- * called even there.
+ * throws IllegalStateException, and so does one that a {@link SoftErrors.Listener} calls in the middle
+ * of one of the store's own calls; {@link #paths}, {@link #activeVersion} and {@link #versions} are
+ * allowed even there.
  */
 public final class ModelStore implements Closeable {
     private final String mRoot;
     private final Capability mCapability;
     private final long mHandle;
 
-    /** What is told without a native call; null once closed. */
+    /** Answers without a native call; null once closed. */
     private volatile Snapshot mSnapshot;
 
     /**
-     * Opens the store of a directory, which is created if it is missing. What is damaged is mended,
-     * which the {@link SoftErrors.Listener} is told.
+     * Opens the store of a directory, which is created if it is missing. Damage to the store's own files
+     * is repaired, and reported to the {@link SoftErrors.Listener}.
      *
      * @param root the directory
      * @param capability what the models are for
      * @param maxSizeBytes the budget of all model files together
      * @return the store, to be closed
      * @throws IOException if another store has the root; the message says which
-     * @throws IllegalArgumentException if the budget is negative, or if the root holds anything else
-     *     than models of this capability
+     * @throws IllegalArgumentException if the budget is negative, or if the root holds anything but
+     *     models of this capability
      * @throws UnsatisfiedLinkError if there is no native library for this device
      */
     public static @NotNull ModelStore open(
@@ -91,17 +90,17 @@ public final class ModelStore implements Closeable {
     }
 
     /**
-     * Begins an update to a version. Files that lie in the root already, also those that the raw
-     * classes have put there, are taken instead of being missing. Room is made for the others: the
-     * versions that have not been active for longest go, then files of no version. What earlier updates
-     * to other versions left unfinished goes too.
+     * Begins an update to a version. Files that are in the root already, including those of the raw
+     * classes, are used and not missing. For the others it makes room: it deletes the versions that have
+     * been inactive for longest, then files of no version. It also deletes what earlier updates to other
+     * versions left unfinished.
      *
      * @param version the number of the version
      * @param files one for each of the capability's types
-     * @param room whether the active version may go as well
+     * @param room whether the active version may be deleted as well
      * @return the update, to be closed
-     * @throws IOException if the active version and this one do not fit the budget together, if the
-     *     file system has no room for what is missing, or if the disk fails
+     * @throws IOException if this version and the active one do not fit the budget together, if the
+     *     file system has no room for the missing files, or if the disk fails
      * @throws IllegalArgumentException if a type is missing, repeated or unknown
      * @throws IllegalStateException if another update is running
      */
@@ -138,7 +137,7 @@ public final class ModelStore implements Closeable {
     }
 
     /**
-     * Leaves no version active; all of them stay.
+     * Makes no version active, and deletes none.
      *
      * @throws IOException if the disk fails
      */
@@ -147,8 +146,8 @@ public final class ModelStore implements Closeable {
     }
 
     /**
-     * Deletes all versions but these and the active one, what unfinished updates have left, and
-     * committed files of no version. If that would leave no version at all, all of them stay.
+     * Deletes all versions except these and the active one, the remains of unfinished updates, and
+     * committed files of no version. If that would leave no version at all, every version stays.
      *
      * @param versions the numbers of those to keep
      * @throws IOException if the disk fails
@@ -158,10 +157,10 @@ public final class ModelStore implements Closeable {
     }
 
     /**
-     * Reads all files of the complete versions and returns those whose bytes are not what was
-     * committed any more. The next update to such a version lists them as missing.
+     * Reads all files of the complete versions and returns the damaged ones. The next update to such a
+     * version lists them as missing.
      *
-     * @return those files, each once
+     * @return the files whose bytes are not those committed, each once
      * @throws IOException if the disk fails
      */
     public @NotNull List<ModelFile> verify() throws IOException {
@@ -185,7 +184,7 @@ public final class ModelStore implements Closeable {
     }
 
     /**
-     * {@return the bytes that count for the budget, as they lie on the disk now}
+     * {@return the bytes on disk that count towards the budget}
      *
      * @throws IOException if the disk fails
      */
@@ -194,7 +193,7 @@ public final class ModelStore implements Closeable {
     }
 
     /**
-     * Changes the budget, which the next update keeps.
+     * Changes the budget; the next update enforces it.
      *
      * @param bytes the budget of all model files together
      * @throws IllegalArgumentException if it is negative
@@ -203,14 +202,14 @@ public final class ModelStore implements Closeable {
         StoreNatives.setMaxSizeBytes(mHandle, bytes);
     }
 
-    /** Ends the update and its writers, and lets go of the root. Calling it again does nothing. */
+    /** Ends the update and its writers, and releases the root. Calling it again does nothing. */
     @Override
     public void close() {
         StoreNatives.close(mHandle);
         mSnapshot = null;
     }
 
-    /** Native code calls this, in the order in which snapshots hold. */
+    /** Native code calls this with each new snapshot, in order. */
     private void publish(String[] types, String[] paths, int[] active, int[] versions) {
         mSnapshot = new Snapshot(mCapability, types, paths, active, versions);
     }

@@ -3,7 +3,7 @@ package com.lumora.camera.effect.qv.modelcache;
 import java.io.IOException;
 import org.jetbrains.annotations.NotNull;
 
-/** Gets the bytes of an entry whose content is known, beginning where an earlier attempt ended. */
+/** Fetches the bytes of an entry whose content is known, from where an earlier attempt stopped. */
 public interface ResumingFetcher {
     /**
      * Writes the rest of the entry, or throws: what was written is kept.

@@ -1,9 +1,9 @@
 package com.lumora.camera.effect.qv.modelcache;
 
-/** What room may be made of for an update, beyond inactive versions and files of no version. */
+/** What an update may delete to make room, besides inactive versions and files of no version. */
 public enum Room {
     /** Nothing else. */
     KEEP_ACTIVE,
-    /** If there is no other way, the active version's files that the new one does not share. */
+    /** As a last resort, the active version's files that the new one does not share. */
     GIVE_UP_ACTIVE
 }

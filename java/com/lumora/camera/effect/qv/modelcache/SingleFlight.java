@@ -10,7 +10,7 @@ import java.util.concurrent.ConcurrentHashMap;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.FutureTask;
 
-/** Has one thread at a time fetch what several ask for; the others wait for it. */
+/** Of several threads that want the same thing, lets one fetch it while the others wait. */
 final class SingleFlight {
     private final ConcurrentHashMap<String, Flight> mFlights = new ConcurrentHashMap<>();
 
@@ -37,7 +37,7 @@ final class SingleFlight {
         }
     }
 
-    /** Throws it, whatever it is: the compiler takes it for what it is told. */
+    /** Throws it, whatever it is: the unchecked cast satisfies the compiler. */
     @SuppressWarnings("unchecked")
     private static <T extends Throwable> T asItIs(Throwable failure) throws T {
         throw (T) failure;

@@ -7,13 +7,13 @@ import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 
-/** What a model store holds at one moment. Immutable. */
+/** The state of a model store at one moment. Immutable. */
 final class Snapshot {
     final Map<String, String> paths;
     final Integer active;
     final List<Integer> versions;
 
-    /** @param active the number of the active version, or nothing */
+    /** @param active the number of the active version; empty if there is none */
     Snapshot(Capability capability, String[] types, String[] paths, int[] active, int[] versions) {
         Map<String, String> byType = new LinkedHashMap<>();
         if (active.length > 0) {

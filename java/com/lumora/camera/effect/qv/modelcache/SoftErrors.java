@@ -4,22 +4,21 @@ import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
 
 /**
- * Tells an app of the failures that the library survives, its own and those of its native code:
- * beside the platform's log, on the thread that caused them, from the first use of any of the
- * library's classes on.
+ * Tells an app about the failures that the library survives, in addition to the platform's log: on
+ * the thread that caused them, and from the first use of any of the library's classes on.
  */
 public final class SoftErrors {
     /** Receives soft errors. May be called on several threads at once. */
     public interface Listener {
         /**
          * One soft error. What this throws is dropped; soft errors that it causes itself reach the
-         * platform's log alone. May run in the middle of a call, which waits for it: be quick.
+         * platform's log only. May run in the middle of a call, which waits for it: be quick.
          *
-         * @param file where the code is that reports
+         * @param file the source file that reports it
          * @param function which function reports
-         * @param line the line in the file; 0 if that is not known
+         * @param line the line in the file; 0 if it is not known
          * @param severity 1: an operation failed and gave a neutral result, or something was
-         *     mended; 2: a promise of the code itself was broken
+         *     repaired; 2: a promise of the code itself was broken
          * @param category the part of the library: a tag for a log
          * @param message what happened
          */
@@ -55,7 +54,7 @@ public final class SoftErrors {
         try {
             listener.onSoftError(file, function, line, severity, category, message);
         } catch (Throwable thrown) {
-            // There is nobody to tell: the failure that is being reported has its own way.
+            // There is nobody to tell, and the failure being reported is handled elsewhere.
         } finally {
             IN_LISTENER.remove();
         }

@@ -5,22 +5,22 @@ import org.jetbrains.annotations.NotNull;
 import org.jetbrains.annotations.Nullable;
 
 /**
- * A store could not do what it was asked to. What was committed before stays as it was.
+ * A store could not do what it was asked. What was committed before stays as it was.
  *
  * @serial exclude
  */
 public final class StoreException extends IOException {
     private static final long serialVersionUID = 1L;
 
-    /** What to do about it: wait, make room, fetch again or report. */
+    /** What failed, and so what to do: retry, free room, fetch again or report. */
     public enum Reason {
-        /** The budget does not allow it; see the numbers of bytes. */
+        /** The budget is too small; see the numbers of bytes. */
         NO_ROOM,
-        /** The file system does not allow it, or a quota; see the numbers of bytes. */
+        /** The file system or a quota is full; see the numbers of bytes. */
         DISK_FULL,
         /** Bytes are missing at the end. Those that came are kept. */
         TOO_SHORT,
-        /** Too many bytes, or not the right ones. They were dropped. */
+        /** Too many bytes, or wrong ones. They were dropped. */
         WRONG_CONTENT,
         /** Another store has the root. */
         IN_USE,
@@ -28,7 +28,7 @@ public final class StoreException extends IOException {
         READ_ONLY,
         /** Committed files are lost or damaged. */
         DAMAGED,
-        /** Anything else that the system refused. */
+        /** The system refused anything else. */
         IO
     }
 
@@ -42,8 +42,8 @@ public final class StoreException extends IOException {
     private final long mFreeBytes;
 
     /**
-     * For a fetcher, which knows best what went wrong: {@link Reason#TOO_SHORT}, for instance, when a
-     * connection ended early.
+     * For a fetcher, to say what went wrong: {@link Reason#TOO_SHORT}, for instance, when a connection
+     * ended early.
      *
      * @param reason what kind of failure
      * @param message what happened
@@ -57,7 +57,7 @@ public final class StoreException extends IOException {
      *
      * @param reason what kind of failure
      * @param message what happened
-     * @param cause what led to it
+     * @param cause what caused it
      */
     public StoreException(
             @NotNull Reason reason, @NotNull String message, @Nullable Throwable cause) {
@@ -65,7 +65,7 @@ public final class StoreException extends IOException {
         initCause(cause);
     }
 
-    /** Made by native code, which knows the reasons by their numbers. */
+    /** Called by native code, which passes reasons by number. */
     private StoreException(int reason, String message, String path, int errno, long neededBytes,
             long budgetBytes, long freeBytes) {
         super(message);
@@ -82,7 +82,7 @@ public final class StoreException extends IOException {
         return mReason;
     }
 
-    /** {@return the file or directory that it is about, or null} */
+    /** {@return the file or directory that failed, or null} */
     public @Nullable String path() {
         return mPath;
     }
@@ -92,17 +92,17 @@ public final class StoreException extends IOException {
         return mErrno;
     }
 
-    /** {@return the bytes that were asked for; -1 if it is not about room} */
+    /** {@return the bytes that were needed; -1 unless there was no room} */
     public long neededBytes() {
         return mNeededBytes;
     }
 
-    /** {@return the budget of the store; -1 if it is not about room} */
+    /** {@return the budget of the store; -1 unless there was no room} */
     public long budgetBytes() {
         return mBudgetBytes;
     }
 
-    /** {@return the bytes that are free on the file system; -1 if that is unknown} */
+    /** {@return the bytes that were free on the file system; -1 if unknown} */
     public long freeBytes() {
         return mFreeBytes;
     }

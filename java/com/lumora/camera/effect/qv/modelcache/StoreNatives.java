@@ -3,15 +3,14 @@ package com.lumora.camera.effect.qv.modelcache;
 import com.zentrel.nexboot.MergedSoMapping;
 
 /**
- * What the stores are made of. Native objects are known by numbers, of which 0 is none; a number that
- * was closed throws IllegalStateException. Without an initializer: native code looks the class up
- * while it is being loaded.
+ * The stores' natives. Native objects are known by numbers, never 0; the number of a closed one throws
+ * IllegalStateException. No static initializer: native code looks the class up while it is being loaded.
  */
 final class StoreNatives {
     private StoreNatives() {}
 
     /**
-     * To be called before all else. Says each time what is missing.
+     * To be called first. Says each time what is missing.
      *
      * @throws UnsatisfiedLinkError if the library or these natives are not there
      */
@@ -34,10 +33,10 @@ final class StoreNatives {
         }
     }
 
-    /** Throws IllegalArgumentException if that is no capability. */
+    /** Throws IllegalArgumentException for an invalid capability. */
     static native void checkCapability(String capability, String[] types);
 
-    /** Calls {@link ModelStore#publish} of the store, then and from now on. */
+    /** Calls {@link ModelStore#publish} of the store, now and after each change. */
     static native long openModels(ModelStore store, String root, String capability, String[] types,
             long maxSizeBytes) throws StoreException;
 
@@ -99,7 +98,7 @@ final class StoreNatives {
 
     static native void commit(long writer) throws StoreException;
 
-    /** Closes what the number stands for, and what goes with it. */
+    /** Closes the object, and those that belong to it. */
     static native void close(long handle);
 
     static native boolean recoverMetadata(String root);

@@ -6,8 +6,8 @@ import java.util.List;
 import org.jetbrains.annotations.NotNull;
 
 /**
- * An update to one version. Any thread may use it and its writers. What it got stays when it ends,
- * for the next update to the version. Once it has ended, its methods throw IllegalStateException,
+ * An update to one version. Any thread may use it and its writers. What it downloaded stays when it
+ * ends, for the next update to the version. Once it has ended, its methods throw IllegalStateException,
  * except for {@link #cancel} and {@link #close}.
  */
 public final class Update implements Closeable {
@@ -39,14 +39,13 @@ public final class Update implements Closeable {
                 StoreNatives.writeModel(mHandle, file.type(), file.sizeBytes(), file.sha256()));
     }
 
-    /** {@return the bytes of all files of the version, each counted once} */
+    /** {@return the bytes of all files of the version; a file of several types counts once} */
     public long totalBytes() {
         return StoreNatives.totalBytes(mHandle);
     }
 
     /**
-     * {@return the bytes that are still to be written: of missing files, without what earlier writers
-     * kept}
+     * {@return the bytes of missing files that have not been written yet, by this update or earlier}
      *
      * @throws IOException if the disk fails
      */
@@ -58,10 +57,10 @@ public final class Update implements Closeable {
      * Makes the version the active one, and ends the update.
      *
      * @throws IllegalStateException if files are missing
-     * @throws java.io.InterruptedIOException if the thread is interrupted, and stays so: nothing has
+     * @throws java.io.InterruptedIOException if the thread is interrupted, and stays so; nothing has
      *     changed
-     * @throws IOException if the disk fails, or if a file was lost in the meantime: the version that
-     *     was active still is, and the update goes on
+     * @throws IOException if the disk fails, or if a file has been lost: the active version stays
+     *     active, and the update continues
      */
     public void activate() throws IOException {
         EntryWriter.requireUninterrupted();
@@ -70,9 +69,9 @@ public final class Update implements Closeable {
     }
 
     /**
-     * Has its writers and {@link #activate} throw {@link java.util.concurrent.CancellationException}
-     * from now on; what was written stays. Waits for nobody, and wakes nobody: a download that is
-     * blocked goes on until its next write.
+     * From now on, its writers and {@link #activate} throw {@link
+     * java.util.concurrent.CancellationException}; what was written stays. Returns at once and wakes no
+     * thread: a blocked download notices at its next write.
      */
     public void cancel() {
         StoreNatives.cancel(mHandle);
