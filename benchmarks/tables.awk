@@ -1,10 +1,10 @@
-# Makes tables of the figures that scripts/bench collects. Fails when an operation and its floor make
-# different numbers of system calls: that would be no floor, and no ratio to it would mean anything.
+# Turns the figures that scripts/bench collects into tables. Fails if an operation and its floor make
+# different numbers of system calls: a ratio to such a floor would mean nothing.
 BEGIN { FS = "\t" }
 $1 == "count" { instructions[$2, $3, $4] = $5; calls[$2, $3, $4] = $6; sizes[$4] }
 $1 == "count" && !known[$2]++ { order[++operations] = $2 }
 $1 == "time" { time[$2, $3, $4, $5] = $6 }
-# Of the rounds, the least: what else the machine does only adds to it.
+# The least of all rounds: whatever else the machine does only adds to it.
 $1 == "start" && !($2 in start && start[$2] < $3 / 1000) { start[$2] = $3 / 1000 }
 $1 == "start" && !($2 in memory && memory[$2] < $4) { memory[$2] = $4 }
 $1 == "call" { nanoseconds[$2] = $3; bytes[$2] = $4 }
@@ -29,7 +29,7 @@ function target(what, limit, unit, value, digits) {
     value == "" ? "not measured" : value <= limit ? "reached" : "**missed**"
 }
 
-# What could as well be nothing is not printed as a figure.
+# A value within the noise of zero is not printed as a figure.
 function beyondNoise(value, noise, form) {
   return value < noise && value > -noise ? "not measurable" : sprintf(form, value)
 }

@@ -1,5 +1,5 @@
-# MODELCACHE_BUILD: of the sources and how they are built, whatever the machine. By it the libraries
-# and the jar of a release are known to belong together. A source that changes has all configured anew.
+# MODELCACHE_BUILD identifies the sources and build options, whatever the machine. It tells whether the
+# libraries and the jar of a release belong together. Any change to a source configures everything again.
 file(GLOB_RECURSE inputs CONFIGURE_DEPENDS cmake/* java/* src/*)
 list(APPEND inputs ${PROJECT_SOURCE_DIR}/CMakeLists.txt)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${inputs})

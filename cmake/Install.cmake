@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 set(package_directory ${CMAKE_INSTALL_LIBDIR}/cmake/modelcache)
 set(jar_directory ${CMAKE_INSTALL_DATADIR}/java)
 
-# The headers include each other from the root of the sources, which is their root here too.
+# Headers include each other from the root of the sources, which is their root here, too.
 set(libraries modelcache_caches modelcache_support modelcache_softerror)
 if(MODELCACHE_CORE)
   list(PREPEND libraries modelcache_core)
@@ -43,15 +43,15 @@ if(NOT MODELCACHE_CORE)
   return()
 endif()
 
-# modelcache.pc names the Boost libraries by their files, so that it serves with the kind of Boost,
-# static or shared, that the core was built against.
+# modelcache.pc names the Boost libraries by file, so that it links the kind of Boost, static or shared,
+# that the core was built against.
 function(modelcache_collect_boost target libraries)
   get_target_property(dependencies ${target} INTERFACE_LINK_LIBRARIES)
   set(found ${${libraries}})
   foreach(dependency IN LISTS dependencies)
     string(REGEX MATCH "Boost::[a-z_]+" boost "${dependency}")
     if(boost AND NOT boost STREQUAL "Boost::headers")
-      list(REMOVE_ITEM found ${boost})  # Behind all that need it.
+      list(REMOVE_ITEM found ${boost})  # After all that need it.
       list(APPEND found ${boost})
       modelcache_collect_boost(${boost} found)
     endif()

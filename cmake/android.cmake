@@ -12,6 +12,6 @@ elseif(ANDROID_ABI STREQUAL "armeabi-v7a")
 elseif(ANDROID_ABI STREQUAL "x86_64")
   set(VCPKG_TARGET_TRIPLET x64-android)
 endif()
-set(ENV{ANDROID_NDK_HOME} $ENV{ANDROID_NDK_ROOT})  # by which vcpkg knows the NDK
+set(ENV{ANDROID_NDK_HOME} $ENV{ANDROID_NDK_ROOT})  # where vcpkg looks for the NDK
 
 include($ENV{VCPKG_ROOT}/scripts/buildsystems/vcpkg.cmake)

@@ -1,5 +1,5 @@
-# Sourced first by every script: goes to the root of the checkout, answers --help with the comment at
-# the head of the script, and has what the scripts share.
+# Sourced first by every script: changes to the root of the checkout, answers --help with the comment
+# at the head of the script, and defines what the scripts share.
 set -euo pipefail
 unset CDPATH
 script=$(realpath -- "$0")
@@ -7,16 +7,16 @@ called_from=$PWD
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 
 fail() { echo "$0: $*" >&2; exit 1; }
-# from_caller PATH: where an argument points to, which is relative to where the script was called.
+# from_caller PATH: the absolute path of an argument, which is relative to the caller's directory.
 from_caller() { (cd -- "$called_from" && realpath -m -- "$1"); }
 usage() { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$script"; }
 misused() { usage >&2; exit 2; }
 [[ ${1-} != --help ]] || { usage; exit; }
 [[ $PWD != *[:\;\$\#\\\"[]* ]] ||
-  fail "CMake and Java take a character of the path $PWD for their own, one of : ; \$ # \\ \" ["
+  fail "CMake and Java cannot handle a path with one of : ; \$ # \\ \" [ in it: $PWD"
 
-# Whatever is temporary, of all that runs from here, goes when the script ends, however it does. What
-# is synced often is better kept in memory.
+# Temporary files of everything that runs from here are deleted when the script ends, however it ends.
+# Files that are synced often are better kept in memory.
 TMPDIR=$(mktemp -d -t modelcache.XXXXXX)
 memory=$(mktemp -d -p /dev/shm modelcache.XXXXXX 2>/dev/null || mktemp -d)
 export TMPDIR
@@ -40,8 +40,7 @@ declare -A packages=(
   [arm]='g++-aarch64-linux-gnu g++-arm-linux-gnueabihf googletest qemu-user-static'  # for the presets arm*
 )
 
-# need PURPOSE...: installs the packages that are missing. Does nothing, and needs neither root nor
-# Debian, when all are there.
+# need PURPOSE...: installs missing packages. If none is missing, needs neither root nor Debian.
 need() {
   local purpose package missing=() release
   for purpose in "$@"; do
@@ -58,7 +57,7 @@ need() {
   echo "installing ${missing[*]}"
   exec {apt_lock}<scripts && flock "$apt_lock"
   local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600)
-  # An update that fails is no reason to stop: lists may be there, or only some mirror may be down.
+  # A failed update is no reason to stop: lists may be there already, or a single mirror down.
   "${apt[@]}" update >"$TMPDIR/apt" 2>&1 || true
   "${apt[@]}" install --yes --no-install-recommends "${missing[@]}" >>"$TMPDIR/apt" 2>&1 ||
     fail "packages could not be installed, is there a network? $(grep -m1 '^E: ' "$TMPDIR/apt" || true)"
@@ -68,9 +67,9 @@ need() {
 # quietly COMMAND...: shows what the command prints only when it fails.
 quietly() { "$@" >"$TMPDIR/log" 2>&1 || { cat "$TMPDIR/log" >&2; return 1; }; }
 
-# configured PRESET [OPTION...]: waits until no other script works in the preset's build folder,
-# takes it until this one ends, and configures it, at first without tests. A folder that cannot be
-# configured again, because it was copied from elsewhere for one, is begun anew.
+# configured PRESET [OPTION...]: waits until no other script uses the preset's build folder, locks it
+# until this script ends, and configures it, the first time without tests. A folder that cannot be
+# configured again (because it was copied from elsewhere, say) is configured from scratch.
 configured() {
   local folder=build
   [[ $1 == default ]] || folder=build-$1
@@ -78,7 +77,7 @@ configured() {
   mkdir -p "$folder"
   exec {build_lock}<"$folder"
   flock --nonblock "$build_lock" ||
-    { echo "$0: waits for another script that uses $folder" >&2; flock "$build_lock"; }
+    { echo "$0: waiting for another script that uses $folder" >&2; flock "$build_lock"; }
   [[ -f $folder/CMakeCache.txt ]] && cmake --preset "$@" >/dev/null 2>&1 ||
     quietly cmake --fresh --preset "$1" -D MODELCACHE_TESTS=OFF "${@:2}"
 }

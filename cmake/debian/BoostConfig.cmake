@@ -1,6 +1,6 @@
-# Boost, built along with the library where no package has it for the compiler or the machine: the
-# sources of Filesystem from Debian's source package, and what is headers alone from the host's
-# package, of the same version.
+# Boost, built along with the library where no package fits the compiler or the machine: Filesystem's
+# sources come from Debian's source package, header-only parts from the host's package of the same
+# version.
 
 include(${CMAKE_CURRENT_LIST_DIR}/fetch.cmake)
 set(boost ${DEBIAN_FOLDER}/boost)

@@ -1,9 +1,9 @@
-# What Debian has beyond the host's packages: sources, and libraries for other machines. Kept in
-# build-debian; the machine's own set-up stays as it is.
+# Fetches sources and libraries for other machines from Debian. They are kept in build-debian; the
+# machine's own set-up stays as it is.
 set(DEBIAN_FOLDER ${CMAKE_CURRENT_LIST_DIR}/../../build-debian)
 cmake_path(NORMAL_PATH DEBIAN_FOLDER)
 
-# debian_fetch(COMMAND...): runs an apt-get of its own, with sources and further machines.
+# debian_fetch(COMMAND...): runs apt-get with settings of its own, for sources and other machines.
 function(debian_fetch)
   set(apt ${DEBIAN_FOLDER}/apt)
   set(apt_get apt-get --quiet=2 -o Dir::Etc::SourceList=${apt}/sources.list
@@ -19,13 +19,13 @@ function(debian_fetch)
       file(APPEND ${apt}/sources.list "${lines}")
     endforeach()
   endif()
-  # Each time: what older lists name may be gone. Says itself what fails, which may not be needed.
+  # Each time, since packages in older lists may be gone. Prints its failures, which may not matter.
   execute_process(COMMAND ${apt_get} update)
   execute_process(COMMAND ${apt_get} ${ARGN} WORKING_DIRECTORY ${apt} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# debian_packages(MACHINE PACKAGE...): lays out packages for the machine below build-debian/MACHINE,
-# without those that they depend on.
+# debian_packages(MACHINE PACKAGE...): unpacks packages for the machine below build-debian/MACHINE,
+# without their dependencies.
 function(debian_packages machine)
   set(root ${DEBIAN_FOLDER}/${machine})
   foreach(package IN LISTS ARGN)

@@ -23,7 +23,7 @@ public final class Demo {
                 new FileCacheTour(folder, files.subList(0, Math.min(3, files.size()))).run();
             }
         } catch (IOException exception) {
-            System.err.println("the demo cannot go on: " + exception);
+            System.err.println("the demo failed: " + exception);
             System.exit(1);
         }
     }

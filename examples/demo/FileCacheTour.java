@@ -42,12 +42,12 @@ final class FileCacheTour {
         Show.text(mRoot.resolve("metadata.json"));
     }
 
-    /** Writes a file into the cache; what it holds by then is promoted before what is older. */
+    /** Writes a file into the cache, and looks it up before older files can outrank it. */
     static void put(FileCacheBasicImpl cache, File file, String key)
             throws IOException, InterruptedException {
         ARDFileCacheEntry entry = cache.insertAndLock(key);
         Show.call("insertAndLock(\"" + key + "\")", entry);
-        // Whatever lies at the entry's path is the entry: only what is complete may get there.
+        // Whatever is at the entry's path is the entry: only move a complete file there.
         File written = new File(entry.getPath());
         File part = new File(written.getParent(), ".part-" + written.getName());
         try (FileOutputStream out = new FileOutputStream(part)) {
@@ -56,7 +56,7 @@ final class FileCacheTour {
         }
         Files.move(part.toPath(), written.toPath(), StandardCopyOption.ATOMIC_MOVE);
         Show.note("wrote " + file.length() + " bytes there");
-        // A new file ranks as the oldest until it is looked up: do so before commit evicts.
+        // A new file ranks as the oldest until it is looked up: do that before commit evicts.
         cache.getCacheEntry(key);
         cache.commit(key);
         cache.unlock(key);

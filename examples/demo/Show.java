@@ -10,7 +10,7 @@ import java.util.regex.Pattern;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 
-/** Prints what happens, and what lies on disk. */
+/** Prints what happens, and what is on disk. */
 final class Show {
     private static final Pattern DIGEST = Pattern.compile("([0-9a-f]{8})[0-9a-f]{56}");
 

@@ -27,7 +27,7 @@ final class StoreLife {
     private static final Capability HANDS =
             Capability.of("HAND_TRACKING", "palm_detector.tflite", "hand_landmarks.tflite");
     private static final long BUDGET = 50_000_000;
-    private static final int KILLED = 137; // as a shell tells it
+    private static final int KILLED = 137; // the status that a shell reports
 
     private final Path mFolder;
     private final List<File> mFiles;
@@ -38,7 +38,7 @@ final class StoreLife {
         mFiles = files;
     }
 
-    /** Gets version 1, and is killed while it gets version 2. */
+    /** Downloads version 1, and is killed while it downloads version 2. */
     void firstRun() throws IOException {
         Show.chapter("The model store: four files make a version of face tracking");
         try (ModelStore store = open(FACES)) {
@@ -140,7 +140,7 @@ final class StoreLife {
         mShown = store.paths();
     }
 
-    /** What a server would say of a version. */
+    /** What a server would say about a version. */
     private List<ModelFile> files(Capability capability, int version) throws IOException {
         List<ModelFile> files = new ArrayList<>();
         for (String type : capability.types()) {
@@ -150,7 +150,7 @@ final class StoreLife {
         return files;
     }
 
-    /** The files of the command line play all roles. The versions differ in the face detector. */
+    /** The files of the command line play all parts. Versions differ only in the face detector. */
     private byte[] bytes(Capability capability, String type, int version) throws IOException {
         int role = capability.types().indexOf(type);
         byte[] bytes = Files.readAllBytes(mFiles.get(role % mFiles.size()).toPath());

@@ -5,12 +5,12 @@ import java.net.HttpURLConnection;
 import java.net.URL;
 
 /**
- * A GET request that was answered with success, to be closed. TLS, proxies and redirects are left
+ * A GET request that succeeded, to be closed. TLS, proxies and redirects are left
  * to the platform, which follows redirects within one protocol only.
  */
 final class HttpGet implements Closeable {
     private static final int CONNECT_TIMEOUT_MILLIS = 10_000;
-    /** Nothing wakes a thread that waits for a server, so that a cancel may take this long. */
+    /** Nothing wakes a thread that waits for a server, so cancelling may take this long. */
     private static final int READ_TIMEOUT_MILLIS = 20_000;
 
     private final HttpURLConnection mConnection;

@@ -20,7 +20,7 @@ import org.json.JSONObject;
  *   {"type": "face_tracker_model.bin", "url": "7/tracker.bin", "size": 51856, "sha256": "6f5f..."},
  *   ...]}</pre>
  *
- * URLs may be relative to the manifest's. Fetch it by HTTPS: its digests vouch for the files, but
+ * URLs may be relative to the manifest's. Use HTTPS: its digests vouch for the files, but
  * nothing vouches for it.
  */
 public final class Manifest {
@@ -30,7 +30,7 @@ public final class Manifest {
     private final Map<ModelFile, URL> mUrls = new LinkedHashMap<>();
 
     /**
-     * Downloads a manifest. Tries once: nothing is lost, so far, by trying again later.
+     * Downloads a manifest. Tries only once: there is nothing to lose yet by trying again later.
      *
      * @throws StoreException WRONG_CONTENT if what the server has is not a manifest
      * @throws IOException if it cannot be downloaded

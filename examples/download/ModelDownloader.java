@@ -11,11 +11,11 @@ import java.util.concurrent.TimeUnit;
 public final class ModelDownloader {
     /** Called on the downloading thread, for every piece that comes in: be quick. */
     public interface Progress {
-        /** The bytes that are stored: fewer than before when a file has to be fetched again. */
+        /** Bytes stored so far: fewer than before if a file has to be downloaded again. */
         void onProgress(long bytes, long totalBytes);
     }
 
-    /** In a row, with no new byte. */
+    /** In a row, without a new byte. */
     private static final int MAX_FAILURES = 5;
 
     private final ModelStore mStore;
@@ -41,7 +41,7 @@ public final class ModelDownloader {
     public void update(Manifest manifest) throws IOException {
         try (Update update = begin(manifest)) {
             mUpdate = update;
-            if (isCancelled()) { // before there was an update
+            if (isCancelled()) { // before the update began
                 update.cancel();
             }
             report(update);
@@ -54,7 +54,7 @@ public final class ModelDownloader {
         }
     }
 
-    /** Ends the update with the next bytes, or at once if it waits to retry. Any thread. */
+    /** Ends the update at its next bytes, or at once if it waits to retry. Any thread. */
     public void cancel() {
         mCancelled.countDown();
         Update update = mUpdate;
@@ -67,7 +67,7 @@ public final class ModelDownloader {
         return mCancelled.getCount() == 0;
     }
 
-    /** A server's mistake is no bug of the app: it must not end in an unchecked exception. */
+    /** A mistake of the server must not become an unchecked exception of the app. */
     private Update begin(Manifest manifest) throws IOException {
         try {
             return mStore.begin(manifest.version(), manifest.files());
@@ -81,7 +81,7 @@ public final class ModelDownloader {
         mProgress.onProgress(total - update.remainingBytes(), total);
     }
 
-    /** Gets one file, in as many attempts as it takes. */
+    /** Downloads one file, in as many attempts as it takes. */
     private void download(Update update, ModelFile file, URL url) throws IOException {
         long leastRemaining = update.remainingBytes();
         boolean wasWrong = false;
@@ -91,8 +91,8 @@ public final class ModelDownloader {
                 out.commit();
                 return;
             } catch (IOException failure) {
-                // A file that was replaced on the server between two attempts is a mixture, which
-                // another attempt cures. If it is wrong again, it is wrong on the server.
+                // A file that the server replaced between two attempts is a mixture: try again. If
+                // it is wrong again, it is wrong on the server.
                 boolean isWrong = isFor(failure, StoreException.Reason.WRONG_CONTENT);
                 if (isWrong ? wasWrong : !isWorthRetrying(failure)) {
                     throw failure;
@@ -122,12 +122,12 @@ public final class ModelDownloader {
         }
     }
 
-    /** Whether to try again later, which neither makes room in a store nor mends a disk. */
+    /** Whether it may succeed later, without freeing room or repairing anything. */
     public static boolean isWorthRetrying(IOException failure) {
         if (failure instanceof HttpStatusException) {
             return ((HttpStatusException) failure).isTransient();
         }
-        // What is not the store's is the network's: no route, a timeout, a connection that was cut.
+        // Anything else is the network's: no route, a timeout, a lost connection.
         return !(failure instanceof StoreException)
                 || isFor(failure, StoreException.Reason.TOO_SHORT);
     }
@@ -137,12 +137,12 @@ public final class ModelDownloader {
                 && ((StoreException) failure).reason() == reason;
     }
 
-    /** One attempt. A body that ends early is left to commit, which keeps what came. */
+    /** One attempt. If the body ends early, commit throws and keeps what came. */
     private void receive(Update update, ModelFile file, URL url, ModelWriter out)
             throws IOException {
         long offset = out.offset();
         if (offset == file.sizeBytes()) {
-            return; // The last attempt failed after the last byte: no range is left to ask for.
+            return; // The last attempt failed after the last byte: nothing is left to request.
         }
         try (HttpGet get = new HttpGet(url, offset); InputStream body = get.body()) {
             if (offset > 0 && !get.isPartial()) {

@@ -1,6 +1,5 @@
-// model_host ROOT VERSION [FILE FILE]: keeps the two files as that version of the segmentation
-// models, below ROOT, and prints where they lie. Without files, goes back to a version that is
-// there.
+// model_host ROOT VERSION [FILE FILE]: stores the two files as that version of the segmentation
+// models, below ROOT, and prints their paths. Without files, rolls back to a version that is there.
 
 #include <cstdint>
 #include <cstdlib>
@@ -23,13 +22,13 @@ using namespace zentrel::vistabase::ardelivery;
 
 constexpr std::int64_t kBudget = 50'000'000;
 
-/// The host's own log. Without it, the library writes to standard error.
+/// The host's own log, passed as user data. Without it, the library writes to standard error.
 void logSoftError(const softerror::Report& report, void* log) {
   *static_cast<std::ostream*>(log)
       << "model_host: " << report.category << ": " << report.message << '\n';
 }
 
-/// Calls `take` with the bytes of a file from `offset` on, in pieces. An app downloads them.
+/// Calls `take` with the bytes of a file from `offset` on, in pieces. An app would download them.
 template <class Take>
 void forEachPiece(const std::string& path, std::int64_t offset, const Take& take) {
   std::ifstream file(path, std::ios::binary);
@@ -43,7 +42,7 @@ void forEachPiece(const std::string& path, std::int64_t offset, const Take& take
   }
 }
 
-/// What a server would say of a file.
+/// What a server would say about a file.
 ModelFile describe(const std::string& type, const std::string& path) {
   const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> digest(EVP_MD_CTX_new(),
                                                                        &EVP_MD_CTX_free);
@@ -79,7 +78,7 @@ void update(ModelStore& store, int version, const std::vector<std::string>& path
                  [&](const char* bytes, std::size_t count) { out->write(bytes, count); });
     out->commit();  // Checked, synced, and part of the version.
   }
-  update->activate();  // All files, or nothing has changed.
+  update->activate();  // All files at once, or no change.
 }
 
 /// What a program does about a failure depends on its reason.

@@ -1,4 +1,4 @@
-// A thread's exceptions, in place of what Debian's C++ runtime has for them, which is thread_local.
+// A thread's exception state, in place of that of Debian's C++ runtime, which is thread_local.
 #include <pthread.h>
 #include <stdlib.h>
 

@@ -1,4 +1,4 @@
-// Warns as the NDK's does under _FORTIFY_SOURCE: of a mode where nothing can be created.
+// Warns, as the NDK's does under _FORTIFY_SOURCE, about a mode where nothing can be created.
 #pragma once
 #include_next <fcntl.h>
 #ifdef __cplusplus

@@ -1,5 +1,5 @@
-# Stands in for the NDK's own where there is no NDK: clang, lld and libc++ as there, for the ABI's
-# machine, over Debian's C library, and as strict. What it builds loads on no device.
+# Stands in for the NDK's own where there is none: clang, lld and libc++ for the ABI's machine, with the
+# NDK's strictness, but over Debian's C library. No device can load what it builds.
 set(ANDROID TRUE)
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ANDROID_ABI)
@@ -20,7 +20,7 @@ debian_packages(${machine}
   libc++-19-dev libc++abi-19-dev libunwind-19-dev android-liblog android-liblog-dev)
 set(root ${DEBIAN_FOLDER}/${machine})
 
-# Nothing of the host's, but for programs.
+# Nothing of the host's, except for programs.
 set(CMAKE_FIND_ROOT_PATH ${root})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
@@ -48,7 +48,7 @@ string(CONCAT linking "--ld-path=/usr/lib/llvm-19/bin/ld.lld -nostdlib++ -static
 set(CMAKE_SHARED_LINKER_FLAGS_INIT ${linking})
 set(CMAKE_EXE_LINKER_FLAGS_INIT ${linking})
 
-# The C++ runtime as the NDK has it, without a thread_local.
+# The C++ runtime as in the NDK, without thread_local.
 set(globals ${CMAKE_BINARY_DIR}/exceptionGlobals.o)
 execute_process(COMMAND ${CMAKE_CXX_COMPILER} --target=${target} -O2 -fPIC -c
   ${ndk}/exceptionGlobals.cpp -o ${globals} COMMAND_ERROR_IS_FATAL ANY)

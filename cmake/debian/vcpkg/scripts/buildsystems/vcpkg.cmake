@@ -1,4 +1,4 @@
-# Stands in for vcpkg's own: the toolchain that it would load, and Boost from its sources.
+# Stands in for vcpkg's own: loads the same toolchain, and builds Boost from its sources.
 include(${VCPKG_CHAINLOAD_TOOLCHAIN_FILE})
 foreach(option STATX GETRANDOM)  # as the triplets do
   set(BOOST_FILESYSTEM_DISABLE_${option} ON CACHE BOOL "")
