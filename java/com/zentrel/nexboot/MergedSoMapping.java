@@ -81,7 +81,7 @@ public final class MergedSoMapping {
         }
     }
 
-    /** A class of its own, since an error that a class names is loaded with it: slow at startup. */
+    /** Separate, since a class is loaded together with the errors that it names: slow at startup. */
     private static final class Failure {
         static Error of(String message) {
             return new UnsatisfiedLinkError(message);

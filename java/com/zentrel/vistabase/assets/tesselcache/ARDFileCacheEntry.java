@@ -2,7 +2,7 @@ package com.zentrel.vistabase.assets.tesselcache;
 
 import org.jetbrains.annotations.NotNull;
 
-/** Where an entry lies on disk. Only a path: it keeps nothing alive and unlocks nothing. */
+/** Where an entry is on disk. Only a path: it keeps nothing alive and unlocks nothing. */
 public final class ARDFileCacheEntry {
     private final String mPath;
 

@@ -24,7 +24,7 @@ final class StoreNatives {
     /** Set by native code once it has registered the natives. */
     private static boolean sRegistered;
 
-    /** A class of its own, since an error that a class names is loaded with it: slow at startup. */
+    /** Separate, since a class is loaded together with the errors that it names: slow at startup. */
     private static final class Unregistered {
         static Error error() {
             return new UnsatisfiedLinkError("the natives of " + StoreNatives.class.getName()
