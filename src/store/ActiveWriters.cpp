@@ -9,7 +9,7 @@ void ActiveWriters::add(const std::string& entry, const std::string& part,
                         const std::shared_ptr<PartWriter>& writer) {
   const std::lock_guard<std::mutex> guard(mutex_);
   if (!writers_.emplace(entry, Active{part, writer}).second) {
-    throw UsageError("is being written already: " + entry);
+    throw UsageError("already being written: " + entry);
   }
 }
 
@@ -37,7 +37,7 @@ void ActiveWriters::closeAll() noexcept {
       }
       next = writers_.begin()->second.writer;
     }
-    next->closeNow();  // Which removes it.
+    next->closeNow();  // Removes it from the map.
   }
 }
 

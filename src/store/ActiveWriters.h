@@ -10,16 +10,16 @@ namespace zentrel::vistabase::ardelivery {
 
 class PartWriter;
 
-/// The writers of a store, one for each entry at most. Any thread.
+/// The open writers of a store, at most one per entry. Thread-safe.
 class ActiveWriters {
  public:
-  /// Throws UsageError if the entry is being written already.
+  /// Throws UsageError if the entry is already being written.
   void add(const std::string& entry, const std::string& part,
            const std::shared_ptr<PartWriter>& writer);
   void remove(const std::string& entry) noexcept;
-  /// The names of the parts that are being written.
+  /// The names of the part files being written.
   std::set<std::string> parts();
-  /// Closes all of them. What is inside one returns first.
+  /// Closes all writers, after waiting for calls in progress.
   void closeAll() noexcept;
 
  private:
@@ -29,7 +29,7 @@ class ActiveWriters {
   };
 
   std::mutex mutex_;
-  std::map<std::string, Active> writers_;  // By their entries.
+  std::map<std::string, Active> writers_;  // By entry.
 };
 
 }  // namespace zentrel::vistabase::ardelivery

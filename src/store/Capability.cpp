@@ -61,18 +61,18 @@ Capability Capability::of(std::string name, std::vector<std::string> types) {
   requireName(name);
   if (types.empty() || types.size() > kMostTypes) {
     throw std::invalid_argument(
-        joined("a capability has 1 to ", kMostTypes, " types, and not ", types.size()));
+        joined("a capability has 1 to ", kMostTypes, " types, not ", types.size()));
   }
   for (auto type = types.begin(); type != types.end(); ++type) {
     requireName(*type);
     if (std::find(types.begin(), type, *type) != type) {
-      throw std::invalid_argument("a type twice: " + *type);
+      throw std::invalid_argument("duplicate type: " + *type);
     }
   }
   Capability made(std::move(name), std::move(types));
   for (const Capability& known : {faceTracking(), segmentation()}) {
     if (made.name_ == known.name_ && made != known) {
-      throw std::invalid_argument("known with other types: " + made.name_);
+      throw std::invalid_argument("predefined with other types: " + made.name_);
     }
   }
   return made;

@@ -8,7 +8,7 @@ namespace zentrel::vistabase::ardelivery {
 /// Adds the members "capability" and "types".
 void addCapability(boost::json::object& members, const Capability& capability);
 
-/// The capability of such members. Throws json::Error.
+/// Reads the capability from those members. Throws json::Error.
 Capability capabilityOf(const JsonValue& document);
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -7,11 +7,11 @@
 
 #include "support/json/JsonValue.h"
 
-/// The files that a store relies on: a JSON object in one line, whose first member is "format" and
-/// whose last one, "crc32", is the CRC-32 of all bytes before the comma in front of it.
+/// The format of a store's own files: a one-line JSON object whose first member is "format" and
+/// whose last, "crc32", is the CRC-32 of all bytes before the comma that precedes it.
 namespace zentrel::vistabase::ardelivery {
 
-/// A document of a release that is newer than this one, which is to leave it alone.
+/// The document is from a newer release, and must be left alone.
 class NewerDocument : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -19,10 +19,10 @@ class NewerDocument : public std::runtime_error {
 
 std::uint32_t crc32(std::string_view bytes);
 
-/// The text of an object with "format" before its members and "crc32" after them.
+/// Prints the object with "format" before its members and "crc32" after them.
 std::string printChecked(const boost::json::object& members);
 
-/// The object of such a text. Throws json::Error for anything else, and NewerDocument.
+/// Parses such a document. Throws NewerDocument, and json::Error for anything else.
 JsonValue parseChecked(std::string_view text);
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -8,30 +8,30 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A SHA-256 digest on its way. One thread at a time.
+/// A SHA-256 computation. One thread at a time.
 class Digest {
  public:
   virtual ~Digest() = default;
 
   virtual void update(const void* bytes, std::size_t count) = 0;
-  /// The digest of all bytes so far, in 64 hexadecimal digits, lower case. Nothing may follow.
+  /// Returns the digest as 64 lower-case hexadecimal digits. Must be the last call.
   virtual std::string finish() = 0;
 };
 
-/// Makes a digest of no bytes.
+/// Starts a digest.
 using NewDigest = std::function<std::unique_ptr<Digest>()>;
 
-/// Bytes in hexadecimal digits, lower case.
+/// Formats bytes as lower-case hexadecimal digits.
 std::string toHex(const unsigned char* bytes, std::size_t count);
 
-/// A digest that a caller gives, in lower case. Throws std::invalid_argument unless it has 64
+/// Returns a caller's digest in lower case. Throws std::invalid_argument unless it is 64
 /// hexadecimal digits.
 std::string requireDigest(std::string digest);
 
-/// Whether a text is a digest as `finish` gives it.
+/// Whether the text is a digest as `finish` returns it.
 bool isDigest(std::string_view text) noexcept;
 
-/// How long the text of a digest is.
+/// In hexadecimal digits.
 constexpr std::size_t kDigestLength = 64;
 
 }  // namespace zentrel::vistabase::ardelivery

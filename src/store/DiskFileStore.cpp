@@ -13,7 +13,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// What a fetch writes to: committing and closing are the store's business.
+/// What a fetch writes to. Only the store commits and closes.
 class FetchWriter final : public EntryWriter {
  public:
   explicit FetchWriter(EntryWriter& writer) noexcept : writer_(writer) {}
@@ -40,7 +40,7 @@ struct DiskFileStore::State final : PartOwner {
   explicit State(std::shared_ptr<StoreRoot> opened)
       : root(std::move(opened)), entries(root->directory()) {}
 
-  /// Makes a part the entry. Other threads go on while the root is synced.
+  /// Syncs the root without the lock, so that other threads can proceed.
   void place(const PartPlan& plan, std::int64_t bytes) override {
     const std::string& name = plan.entry;
     const std::string& part = plan.part;
@@ -53,18 +53,18 @@ struct DiskFileStore::State final : PartOwner {
       entries.makeRoom(
           bytes - entries.size(name) - entries.size(part), root->maxSizeBytes(),
           [&](const std::string& each) { return each == name || active.count(each) != 0; });
-      place = ++placed;  // First: what fails may have been done.
+      place = ++placed;  // First, since a call that fails may still take effect.
       entries.place(part, name);
       measureResumable();
     }
     root->directory().sync();
-    const auto lock = root->lockEvenClosed();
+    const auto lock = root->lockEvenIfClosed();
     synced = std::max(synced, place);
   }
 
   void requireRunning() const override {}
 
-  /// Under the lock, before anything is written that belongs to the content of an entry.
+  /// Call with the lock held, before writing anything that must not outlive an entry's content.
   void syncPlaced() {
     if (synced < placed) {
       root->directory().sync();
@@ -72,7 +72,7 @@ struct DiskFileStore::State final : PartOwner {
     }
   }
 
-  /// Parts that are kept grow while they are written.
+  /// Resumable parts grow while they are written.
   void measureResumable() {
     for (const std::string& part : resumable) {
       entries.measure(part);
@@ -91,7 +91,7 @@ struct DiskFileStore::State final : PartOwner {
       std::string part = std::string(kPartPrefix) + name;
       if (expected) {
         const std::string kept = std::string(kResumePrefix) + expected->sha256;
-        // Of two entries that get the same content at a time, one is not resumed after a kill.
+        // If two entries are written with the same content at once, only one is resumable.
         if (root->writers().parts().count(kept) == 0) {
           part = kept;
           resumable.insert(part);
@@ -104,11 +104,11 @@ struct DiskFileStore::State final : PartOwner {
   }
 
   const std::shared_ptr<StoreRoot> root;
-  // Under the root's lock:
+  // Guarded by the root's lock:
   EntryDirectory entries;
-  std::set<std::string> resumable;  // What may lie there as a part that is kept.
-  std::uint64_t placed = 0;         // Entries, and those of them
-  std::uint64_t synced = 0;         // whose names last.
+  std::set<std::string> resumable;  // Names of parts that may exist.
+  std::uint64_t placed = 0;         // Entries placed so far,
+  std::uint64_t synced = 0;         // and how many of their names are durable.
 };
 
 std::unique_ptr<FileStore> DiskFileStore::open(const std::string& root, std::int64_t maxSizeBytes,
@@ -121,7 +121,7 @@ std::unique_ptr<FileStore> DiskFileStore::open(const std::string& root, std::int
   try {
     entries.dropUnfinished();
   } catch (const StoreError& error) {
-    opened->report(error.what());  // Of a read-only disk, say, of which entries can be got.
+    opened->report(error.what());  // A read-only disk, say: its entries are still readable.
   }
   entries.reload();
   return store;
@@ -162,7 +162,7 @@ std::unique_ptr<EntryWriter> DiskFileStore::write(const std::string& key, std::i
   const std::int64_t budget = state_->root->maxSizeBytes();
   if (sizeBytes > budget) {
     throw StoreError(StoreError::Reason::NoRoom,
-                     joined(key, " has ", sizeBytes, " bytes, and the budget is ", budget), {}, 0,
+                     joined(key, " has ", sizeBytes, " bytes, but the budget is ", budget), {}, 0,
                      StoreError::Room{sizeBytes, budget, -1});
   }
   return state_->write(name, std::move(expected), state_);

@@ -12,7 +12,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A FileStore over a root that writers share.
+/// A FileStore over a StoreRoot, which its writers share.
 class DiskFileStore final : public FileStore {
  public:
   static std::unique_ptr<FileStore> open(const std::string& root, std::int64_t maxSizeBytes,
@@ -40,7 +40,7 @@ class DiskFileStore final : public FileStore {
   void close() override;
 
  private:
-  /// What writers share with the store, and may outlive it with.
+  /// Shared with the writers, which may outlive the store.
   struct State;
 
   const std::shared_ptr<State> state_;

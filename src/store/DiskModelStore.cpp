@@ -15,7 +15,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// The update of one owner, who ends it by destroying this.
+/// The caller's handle to an update, which it ends when destroyed.
 class UpdateHandle final : public Update {
  public:
   UpdateHandle(std::shared_ptr<StoreRoot> root, std::shared_ptr<VersionUpdate> update)
@@ -55,13 +55,13 @@ class UpdateHandle final : public Update {
   const std::shared_ptr<VersionUpdate> update_;
 };
 
-/// A file that verify has looked at, as it was then.
+/// A file, and its status when verify first looked at it.
 struct Suspect {
   ModelFile file;
   FileStatus status;
 };
 
-/// Whether a file has its bytes. One that cannot be read has not.
+/// Whether a file still has the right bytes. An unreadable one has not.
 bool isIntact(StoreRoot& root, const std::string& name, const Suspect& expected) {
   if (!expected.status.isRegular() || expected.status.size != expected.file.sizeBytes()) {
     return false;
@@ -133,20 +133,20 @@ void DiskModelStore::trimExcept(const std::vector<int>& versions) {
   VersionCatalog& catalog = state_->catalog;
   const auto update = state_->runningUpdate();
   state_->entries.dropUnfinished(update ? update->parts() : std::set<std::string>());
-  Versions gone;
+  Versions removed;
   for (const auto& version : catalog.table().versions) {
     if (version->number != catalog.table().active &&
         std::find(versions.begin(), versions.end(), version->number) == versions.end()) {
-      gone.push_back(version);
+      removed.push_back(version);
     }
   }
-  if (!gone.empty() && gone.size() < catalog.table().versions.size()) {
-    catalog.remove(gone, update ? update->names() : std::set<std::string>());
+  if (!removed.empty() && removed.size() < catalog.table().versions.size()) {
+    catalog.remove(removed, update ? update->names() : std::set<std::string>());
   }
   dropStrays();
 }
 
-/// Deletes files that were committed for a version which was not completed.
+/// Deletes files that were committed for a version that was never completed.
 void DiskModelStore::dropStrays() {
   const auto update = state_->runningUpdate();
   std::set<std::string> kept = state_->catalog.table().namesWithout({});
@@ -176,14 +176,14 @@ std::vector<ModelFile> DiskModelStore::verify() {
   std::set<std::string> damaged;
   std::vector<ModelFile> result;
   for (const auto& [name, suspect] : files) {
-    // What has changed since was committed anew, and checked then.
+    // A file that has changed since was committed again, and checked then.
     if (named.count(name) != 0 && root.directory().status(name).isUnchangedSince(suspect.status)) {
       damaged.insert(name);
       result.push_back(suspect.file);
     }
   }
   if (const auto update = state_->runningUpdate()) {
-    update->lose(damaged);
+    update->markMissing(damaged);
   }
   state_->catalog.setDamaged(damaged);
   return result;
@@ -216,10 +216,10 @@ void DiskModelStore::setMaxSizeBytes(std::int64_t bytes) {
 void DiskModelStore::close() {
   const StoreCall call(*state_->root);
   if (const auto update = [this] {
-        const auto lock = state_->root->lockEvenClosed();
+        const auto lock = state_->root->lockEvenIfClosed();
         return state_->runningUpdate();
       }()) {
-    update->cancel();  // What is on its way stops at its next step.
+    update->cancel();  // Calls in progress stop at their next checkpoint.
   }
   state_->root->close();
 }
@@ -227,7 +227,7 @@ void DiskModelStore::close() {
 std::shared_ptr<const Version> DiskModelStore::find(int version) const {
   const auto found = state_->catalog.table().find(version);
   if (!found) {
-    throw std::invalid_argument(joined("no complete version: ", version));
+    throw std::invalid_argument(joined("no complete version ", version));
   }
   return found;
 }

@@ -10,7 +10,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A ModelStore over a root that updates and writers share.
+/// A ModelStore over a StoreRoot, which its updates and writers share.
 class DiskModelStore final : public ModelStore {
  public:
   static std::unique_ptr<ModelStore> open(

@@ -32,7 +32,7 @@ void EntryDirectory::reload() {
   for (const std::string& name : root_.list()) {
     const FileStatus status = isCounted(name) ? root_.status(name) : FileStatus();
     if (!status.isAbsent()) {
-      // A file system that keeps no fractions knows less of the order than is known here.
+      // The cached time is more precise if the file system stores only whole seconds.
       const auto known = records_.find(name);
       const std::int64_t used = known == records_.end() ? 0 : known->second.used;
       found[name] = {sizeOf(root_, name, status), std::max(status.modified, used)};
@@ -114,7 +114,7 @@ bool EntryDirectory::drop(const std::string& name) {
   return isDropped;
 }
 
-std::vector<std::string> EntryDirectory::oldest(std::int64_t bytes, IsKept isKept) {
+std::vector<std::string> EntryDirectory::leastRecentlyUsed(std::int64_t bytes, IsKept isKept) {
   ensureLoaded();
   std::vector<std::string> names;
   for (auto each = byUse_.begin(); bytes > 0 && each != byUse_.end(); ++each) {
@@ -136,7 +136,7 @@ void EntryDirectory::makeRoom(std::int64_t bytes, std::int64_t budget, IsKept is
     std::vector<std::string> names;
     std::int64_t freed = 0;
     if (lacking() > 0) {
-      names = oldest(lacking(), isKept);
+      names = leastRecentlyUsed(lacking(), isKept);
     }
     for (const std::string& name : names) {
       freed = addSizes(freed, size(name));
@@ -148,10 +148,10 @@ void EntryDirectory::makeRoom(std::int64_t bytes, std::int64_t budget, IsKept is
     if (isLastTry) {
       throw StoreError(StoreError::Reason::NoRoom,
                        joined("no room for ", bytes, " bytes: ", total_ - freed, " of ", budget,
-                              " are taken by what has to stay"),
+                              " are used by entries that must stay"),
                        {}, 0, StoreError::Room{bytes, budget, -1});
     }
-    reload();  // Others may have deleted something.
+    reload();  // Someone may have deleted files behind our back.
   }
 }
 
@@ -188,24 +188,24 @@ void EntryDirectory::forget(const std::string& name) {
       total_ -= size;
       return;
     }
-    total_ = 0;  // It was too much to count.
+    total_ = 0;  // It was saturated.
     for (const auto& [other, record] : records_) {
       total_ = addSizes(total_, record.size);
     }
   }
 }
 
-/// Dates the last use, later than every other one, whatever the clock does.
+/// Sets the time of last use to now, but later than any other, whatever the clock says.
 std::int64_t EntryDirectory::touch(const std::string& name) {
   std::int64_t date = std::max(newest_ + 1, now());
   try {
     root_.touch(name, date);
-    if (root_.status(name).modified < date) {  // On a file system that keeps no fractions.
+    if (root_.status(name).modified < date) {  // The file system stores only whole seconds.
       date += kSecond - date % kSecond;
       root_.touch(name, date);
     }
   } catch (const StoreError&) {
-    // On a read-only disk, the order lasts for as long as the store is open.
+    // On a read-only disk, the order is kept only while the store is open.
   }
   return date;
 }

@@ -13,47 +13,48 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The entries of a root: their sizes and the order of their use, which are read once and kept,
-/// since a root has one owner. The order lasts in the dates of the files. Under the root's lock.
+/// The entries of a root, with their sizes and LRU order. Both are read once and cached, since a
+/// root has one owner. The order persists as file modification times. Call with the root's lock
+/// held.
 ///
-/// Parts that a FileStore keeps to be resumed count as entries, so that room is made of them too.
+/// Part files that a FileStore keeps for resuming count as entries, so that they can be evicted.
 class EntryDirectory {
  public:
   using IsKept = FunctionRef<bool(const std::string& name)>;
 
   explicit EntryDirectory(IDirectory& root) noexcept : root_(root), extras_(root) {}
 
-  /// Reads sizes and order from the disk. Without it, that is done when they are first needed.
+  /// Rereads sizes and order from disk. Otherwise they are read on first use.
   void reload();
 
-  /// Bytes of all entries.
+  /// The size of all entries, in bytes.
   std::int64_t total();
-  /// Bytes of one; 0 if there is none.
+  /// The size of an entry, in bytes; 0 if there is none.
   std::int64_t size(const std::string& name);
   /// The names of all entries.
   std::vector<std::string> names();
   ExtraBytes& extras() noexcept { return extras_; }
 
-  /// Whether there is such an entry, which then becomes the last one used.
+  /// Marks an entry as the most recently used. Returns false if there is none.
   bool use(const std::string& name);
-  /// Looks at the disk: what lies there has become an entry, has another size or is gone.
+  /// Updates one entry from disk: it may be new, have another size, or be gone.
   void measure(const std::string& name);
 
-  /// Makes a file of the root the entry that was used last, in place of an earlier one and of its
-  /// extra bytes. Lasts once the root is synced.
+  /// Renames a part file to an entry, the most recently used, replacing an earlier entry and its
+  /// extra bytes. Durable once the root is synced.
   void place(const std::string& part, const std::string& name);
 
-  /// Deletes an entry and its extra bytes. False if there is none.
+  /// Deletes an entry and its extra bytes. Returns false if there is none.
   bool drop(const std::string& name);
 
-  /// Entries of `bytes` together, or all if that is more, but for those that are kept; those not
-  /// used for longest come first.
-  std::vector<std::string> oldest(std::int64_t bytes, IsKept isKept);
-  /// Deletes such entries until `bytes` more fit the budget. If that cannot be, throws StoreError
-  /// as NoRoom, and deletes nothing.
+  /// The least recently used entries that add up to `bytes`, or all of them if they are smaller,
+  /// skipping those kept.
+  std::vector<std::string> leastRecentlyUsed(std::int64_t bytes, IsKept isKept);
+  /// Deletes such entries until `bytes` more fit the budget. If that is impossible, deletes nothing
+  /// and throws StoreError (NoRoom).
   void makeRoom(std::int64_t bytes, std::int64_t budget, IsKept isKept);
 
-  /// Deletes parts, but for those that are kept, and what was to replace an own file.
+  /// Deletes part files, except those kept, and unfinished replacements of the store's own files.
   void dropUnfinished(const std::set<std::string>& keptParts = {});
 
  private:

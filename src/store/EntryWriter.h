@@ -5,34 +5,35 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Writes an entry of a FileStore or a file of a ModelStore to a temporary file; only `commit`
-/// makes it one. Any thread. It may outlive its store, and then throws UsageError.
+/// Writes an entry of a FileStore, or a file of a ModelStore, to a temporary file; only `commit`
+/// puts it in place. Thread-safe. May outlive its store, and then throws UsageError.
 ///
-/// Where the content is known beforehand, the bytes that an earlier writer got are kept: begin at
-/// `offset`, or `restart`.
+/// If the content is known in advance, bytes from an earlier writer are kept: continue at `offset`,
+/// or call `restart`.
 class EntryWriter {
  public:
-  /// Closes it.
+  /// Closes the writer.
   virtual ~EntryWriter() = default;
 
-  /// Where the next byte that is written comes to lie. If that is the whole size of known content,
-  /// there is nothing left to fetch: commit.
+  /// Returns the position of the next byte to write. At the full size of known content, nothing is
+  /// left to fetch: commit.
   virtual std::int64_t offset() const = 0;
 
-  /// Appends bytes. A writer that fails is closed. Of known content, too many bytes are StoreError
-  /// WrongContent, and all of them are dropped.
+  /// Appends bytes. A failure closes the writer. Writing more than the size of known content throws
+  /// StoreError (WrongContent) and drops everything written.
   virtual void write(const void* bytes, std::size_t count) = 0;
 
-  /// Drops what has been written.
+  /// Drops everything written so far.
   virtual void restart() = 0;
 
-  /// Makes what was written the entry and closes the writer, also when it throws.
+  /// Puts what was written in place as the entry. Closes the writer, even if it throws.
   ///
-  /// If the content is known, bytes missing at the end are StoreError TooShort: what came is kept,
-  /// for the next writer to resume. The wrong bytes are WrongContent, and dropped.
+  /// Known content is checked. If bytes are missing at the end, throws StoreError (TooShort) and
+  /// keeps those received for the next writer to resume. If the bytes are wrong, throws StoreError
+  /// (WrongContent) and drops them.
   virtual void commit() = 0;
 
-  /// Ends the writing without an entry. Calling it again does nothing.
+  /// Stops writing without creating an entry. Idempotent.
   virtual void close() = 0;
 };
 

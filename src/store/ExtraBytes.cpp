@@ -18,12 +18,12 @@ std::optional<std::string> ExtraBytes::read(const std::string& name) {
 void ExtraBytes::replace(const std::string& name, std::string_view bytes) {
   auto directory = open();
   if (!directory) {
-    removeTree(root_, kExtraName);  // What is no directory.
+    removeTree(root_, kExtraName);  // If it is not a directory.
     root_.makeDirectory(kExtraName);
     root_.sync();
     directory = root_.openDirectory(kExtraName);
   }
-  replaceFile(root_, std::string(kNewExtraName), *directory, name, bytes, Durability::Lasting);
+  replaceFile(root_, std::string(kNewExtraName), *directory, name, bytes, Durability::Synced);
 }
 
 std::optional<std::string> ExtraBytes::remove(const std::string& name) {
@@ -35,7 +35,7 @@ std::optional<std::string> ExtraBytes::remove(const std::string& name) {
   try {
     bytes = readSmallFile(*directory, name);
   } catch (const StoreError&) {
-    // What cannot be read cannot be put back.
+    // Unreadable bytes cannot be restored.
   }
   removeTree(*directory, name);
   try {

@@ -8,23 +8,23 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The extra bytes of entries, as the raw file cache keeps them: bare, in the directory "extra",
-/// under the names of their entries. They never outlive the content that they were given to, also
-/// not through a power cut. Throws StoreError.
+/// The extra bytes of entries, stored as the raw file cache stores them: unframed, in the directory
+/// "extra", under the entry's name. They never outlive the content that they were attached to, even
+/// across a power cut. Throws StoreError.
 class ExtraBytes {
  public:
   explicit ExtraBytes(IDirectory& root) noexcept : root_(root) {}
 
-  /// None if the entry has none.
+  /// Returns nullopt if the entry has none.
   std::optional<std::string> read(const std::string& name);
-  /// Has the bytes take the place of those that the entry has. They last when this returns.
+  /// Replaces the entry's extra bytes. Durable on return.
   void replace(const std::string& name, std::string_view bytes);
-  /// Removes the entry's extra bytes, which lasts when this returns, before its content changes.
-  /// Returns what was there, to be put back if the content then does not change after all.
+  /// Removes the entry's extra bytes, before its content changes. Durable on return. Returns them
+  /// so that they can be restored if the content does not change after all.
   std::optional<std::string> remove(const std::string& name);
 
  private:
-  /// Null if there is no such directory.
+  /// Returns null if there is no such directory.
   std::unique_ptr<IDirectory> open();
 
   IDirectory& root_;

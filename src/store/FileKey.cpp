@@ -46,7 +46,7 @@ std::string nameOfKey(const std::string& key) {
   }
   if (name.empty() || name.size() > kLongestKeyName) {
     throw std::invalid_argument(joined("the file name of a key has 1 to ", kLongestKeyName,
-                                       " characters, and not ", name.size(), ": ", key));
+                                       " characters, not ", name.size(), ": ", key));
   }
   return name;
 }

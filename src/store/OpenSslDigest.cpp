@@ -10,7 +10,7 @@ namespace {
 
 void require(int result) {
   if (result != 1) {
-    throw std::runtime_error("libcrypto refuses to make a SHA-256 digest");
+    throw std::runtime_error("libcrypto failed to compute a SHA-256 digest");
   }
 }
 

@@ -6,7 +6,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A digest by libcrypto, which uses what the processor has for it.
+/// A digest computed by libcrypto, which uses the CPU's SHA instructions if any.
 std::unique_ptr<Digest> newOpenSslDigest();
 
 }  // namespace zentrel::vistabase::ardelivery

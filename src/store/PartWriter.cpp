@@ -42,7 +42,7 @@ void PartWriter::write(const void* bytes, std::size_t count) {
       digest_->update(bytes, count);
     }
   } catch (...) {
-    closePart(false);  // Nobody knows how much was written: nothing more can be.
+    closePart(false);  // How much was written is unknown, so no more can be.
     throw;
   }
   size_ += static_cast<std::int64_t>(count);
@@ -92,13 +92,13 @@ void PartWriter::closeNow() noexcept {
 
 void PartWriter::resume() {
   const std::lock_guard<std::mutex> guard(mutex_);
-  if (isActive_ && !(plan_.expected && openKept())) {  // It may have been closed meanwhile.
+  if (isActive_ && !(plan_.expected && openExisting())) {  // Inactive if closed meanwhile.
     openFresh();
   }
 }
 
-/// Reads what an earlier writer wrote. False if there is nothing to go on from.
-bool PartWriter::openKept() {
+/// Reads what an earlier writer wrote. Returns false if it cannot be resumed.
+bool PartWriter::openExisting() {
   IDirectory& directory = root_->directory();
   const FileStatus found = directory.status(plan_.part);
   if (!found.isOwn() || found.size > plan_.expected->sizeBytes) {
@@ -123,15 +123,15 @@ bool PartWriter::openKept() {
     if (error.error() != EIO) {
       throw;
     }
-    return false;  // A bad sector: it is written again, elsewhere.
+    return false;  // A bad sector, so start over in a new file.
   }
 }
 
-/// Reads the part that has been opened to be written. Returns its bytes.
+/// Hashes the part that is open for writing. Returns its size, or -1 if it was replaced.
 std::int64_t PartWriter::digestPart(Digest& digest) {
   const auto written = root_->directory().openForReading(plan_.part);
   if (!written->status().isSameFile(opened_)) {
-    return -1;  // Which is no size.
+    return -1;
   }
   return digestFile(*written, digest, [this] {
     root_->requireOpen();
@@ -141,7 +141,7 @@ std::int64_t PartWriter::digestPart(Digest& digest) {
 
 void PartWriter::openFresh() {
   file_ = createFresh(root_->directory(), plan_.part);
-  if (plan_.hasLastingName) {
+  if (plan_.isNameSynced) {
     root_->directory().sync();
   }
   opened_ = file_->status();
@@ -159,8 +159,8 @@ void PartWriter::requireUsable() const {
   }
 }
 
-/// Throws if so many bytes more are too many: for the content, of which the part is dropped then,
-/// or for the budget.
+/// Throws if `count` more bytes exceed the known content, in which case it drops the part, or the
+/// budget.
 void PartWriter::requireRoom(std::size_t count) {
   const std::int64_t most =
       plan_.expected ? plan_.expected->sizeBytes : std::int64_t{root_->maxSizeBytes()};
@@ -170,14 +170,14 @@ void PartWriter::requireRoom(std::size_t count) {
   }
   const std::string path = root_->pathOf(plan_.part);
   if (plan_.expected) {
-    throwDropped(joined(plan_.expected->what, " has ", total, " bytes or more instead of ", most));
+    throwDropped(joined(plan_.expected->what, " has ", total, " or more bytes instead of ", most));
   }
   throw StoreError(StoreError::Reason::NoRoom,
-                   joined("more than the whole budget of ", most, " bytes: ", path), path, 0,
+                   joined("exceeds the whole budget of ", most, " bytes: ", path), path, 0,
                    StoreError::Room{total, most, -1});
 }
 
-/// Throws what is wrong with what was written, if it is known what it should be.
+/// Throws if known content is incomplete or wrong.
 void PartWriter::check() {
   if (!plan_.expected || isVerified_) {
     return;
@@ -186,7 +186,7 @@ void PartWriter::check() {
   if (size_ < sizeBytes) {
     throw StoreError(
         StoreError::Reason::TooShort,
-        joined(what, " has ", size_, " bytes instead of ", sizeBytes, ": kept, to be resumed"),
+        joined(what, " has ", size_, " bytes instead of ", sizeBytes, ": kept for resuming"),
         root_->pathOf(plan_.part));
   }
   const std::string digest = digest_->finish();
@@ -201,7 +201,7 @@ void PartWriter::throwDropped(const std::string& wrong) {
                    root_->pathOf(plan_.part));
 }
 
-/// What failed to be synced once may never be, although a second attempt succeeds.
+/// After a failed fsync the data may be lost even if a retry succeeds, so the part goes.
 void PartWriter::syncPart() {
   try {
     file_->sync();
@@ -219,7 +219,7 @@ void PartWriter::requireUnchanged() {
   const FileStatus found = root_->directory().status(plan_.part);
   if (!found.isOwn() || !found.isSameFile(opened_) || found.size != size_) {
     const std::string path = root_->pathOf(plan_.part);
-    throw StoreError(StoreError::Reason::Io, path + " was changed by somebody else", path);
+    throw StoreError(StoreError::Reason::Io, path + " was changed by someone else", path);
   }
 }
 
@@ -229,7 +229,7 @@ void PartWriter::closePart(bool isPlaced) noexcept {
     try {
       root_->directory().remove(plan_.part);
     } catch (const std::exception& error) {
-      root_->report(error.what());  // The next store drops it.
+      root_->report(error.what());  // The next store deletes it.
     }
   }
   if (std::exchange(isActive_, false)) {

@@ -11,7 +11,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// What content has to be.
+/// The content that is known in advance.
 struct ExpectedContent {
   std::string what;  ///< For messages.
   std::int64_t sizeBytes;
@@ -20,35 +20,35 @@ struct ExpectedContent {
 
 struct PartPlan;
 
-/// Whoever has a part written.
+/// The owner of a part file, which a PartWriter reports to.
 class PartOwner {
  public:
   virtual ~PartOwner() = default;
 
-  /// Makes the part, of so many synced bytes, the entry.
+  /// Puts the part, `bytes` long and synced, in place as the entry.
   virtual void place(const PartPlan& part, std::int64_t bytes) = 0;
-  /// Throws if what the part is for has ended.
+  /// Throws if the part is no longer wanted.
   virtual void requireRunning() const = 0;
 };
 
 /// What a PartWriter is to write.
 struct PartPlan {
   std::shared_ptr<PartOwner> owner;
-  std::string entry;                        ///< Name of what it is to become,
-  std::string part;                         ///< and of the temporary file.
-  std::optional<ExpectedContent> expected;  ///< Then the part is kept when the writer is closed.
-  /// Whether the name of a part that has to be created lasts, as bytes that are kept need it.
-  bool hasLastingName = false;
+  std::string entry;                        ///< The name of the entry.
+  std::string part;                         ///< The name of the part file.
+  std::optional<ExpectedContent> expected;  ///< If set, closing the writer keeps the part.
+  /// Whether to sync the name of a newly created part, so that the bytes kept survive a power cut.
+  bool isNameSynced = false;
 };
 
-/// Writes the part of one entry. Shared by its PartHandle and the root.
+/// Writes the part file of one entry. Shared by its PartHandle and the root.
 class PartWriter final : public EntryWriter {
  public:
   PartWriter(std::shared_ptr<StoreRoot> root, PartPlan plan);
 
-  /// Makes it the one active writer of its part; UsageError if there is one.
+  /// Registers it as its entry's only writer. Throws UsageError if there already is one.
   static void activate(const std::shared_ptr<PartWriter>& writer);
-  /// Opens the part and reads what an earlier writer left in it.
+  /// Opens the part and hashes what an earlier writer left in it.
   void resume();
 
   std::int64_t offset() const override;
@@ -57,11 +57,11 @@ class PartWriter final : public EntryWriter {
   void commit() override;
   void close() override;
 
-  /// As `close`, by whom the root is closed or the update ended.
+  /// As `close`, for the root or the update that is closing it.
   void closeNow() noexcept;
 
  private:
-  bool openKept();
+  bool openExisting();
   std::int64_t digestPart(Digest& digest);
   void openFresh();
   void requireUsable() const;
@@ -80,12 +80,12 @@ class PartWriter final : public EntryWriter {
   std::unique_ptr<IFile> file_;  // Null before it is opened and once closed.
   FileStatus opened_;
   std::unique_ptr<Digest> digest_;
-  bool isVerified_ = false;  // The part is whole, and its digest right.
+  bool isVerified_ = false;  // The part is complete, with the right digest.
   std::int64_t size_ = 0;
 };
 
-/// The writer of a part that is being prepared: its owner closes it by destroying this. Made under
-/// the root's lock, it is resumed without.
+/// The caller's handle to a PartWriter, which it closes when destroyed. Construct it with the
+/// root's lock held, and call `resume` without.
 class PartHandle final : public EntryWriter {
  public:
   PartHandle(std::shared_ptr<StoreRoot> root, PartPlan plan);
@@ -105,8 +105,8 @@ class PartHandle final : public EntryWriter {
   const std::shared_ptr<PartWriter> writer_;
 };
 
-/// Reads the rest of a file and adds it to a digest. Calls `checkpoint`, which may throw, from time
-/// to time. Returns the number of bytes.
+/// Feeds the rest of a file to a digest. Calls `checkpoint`, which may throw, once per buffer.
+/// Returns the number of bytes.
 std::int64_t digestFile(IFile& file, Digest& digest, FunctionRef<void()> checkpoint);
 
 }  // namespace zentrel::vistabase::ardelivery

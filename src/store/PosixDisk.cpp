@@ -18,10 +18,11 @@ namespace zentrel::vistabase::ardelivery {
 namespace {
 
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
-constexpr mode_t kFileMode = 0666;  // Before the umask,
+// Before the umask.
+constexpr mode_t kFileMode = 0666;
 constexpr mode_t kDirectoryMode = 0777;
 
-// A pipe or a device does not make open wait, and a link is not followed.
+// Neither blocks on a pipe or a device nor follows a link.
 constexpr int kOpenFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
 constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
@@ -140,7 +141,7 @@ class PosixDirectory final : public IDirectory {
   void sync() override {
     const bool isSynced = retryOnInterrupt([this] { return ::fsync(directory_.get()); }) == 0 ||
                           errno == EINVAL ||
-                          errno == ENOTSUP;  // As safe as the file system can be.
+                          errno == ENOTSUP;  // The file system cannot sync directories.
     require(isSynced, "sync", path_, Access::kChange);
   }
 
@@ -155,7 +156,7 @@ class PosixDirectory final : public IDirectory {
   FileStatus status() override { return statusOf(directory_, path_); }
 
   std::vector<std::string> list() override {
-    // By a descriptor of its own, which starts at the first name.
+    // Through a new descriptor, whose position is at the first name.
     FileDescriptor descriptor(openAt(".", kDirectoryFlags));
     const std::unique_ptr<DIR, DirectoryCloser> directory(
         descriptor.isOpen() ? ::fdopendir(descriptor.get()) : nullptr);
@@ -216,7 +217,7 @@ std::shared_ptr<PosixDirectory> openExisting(const std::string& path) {
   return std::make_shared<PosixDirectory>(descriptor, path);
 }
 
-/// Makes the directory and its missing parents last.
+/// Creates the directory and its missing parents, durably.
 void makeDirectories(const std::string& path) {
   if (::mkdir(path.c_str(), kDirectoryMode) != 0) {
     if (errno == EEXIST) {

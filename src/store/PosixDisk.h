@@ -7,8 +7,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The real disk: everything is reached from the descriptor of the root, so that neither a rename
-/// of the root nor a link put into it leads elsewhere.
+/// Opens a root on the real disk. Everything is opened relative to the root's descriptor, so that
+/// neither renaming the root nor planting a link in it leads elsewhere.
 std::shared_ptr<IDirectory> openPosixRoot(const std::string& path);
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -20,14 +20,14 @@ namespace {
 
 using Identity = std::pair<std::uint64_t, std::uint64_t>;
 
-/// The roots of this process, with the names of the threads that opened them.
+/// The roots open in this process, with the names of the threads that opened them.
 struct Registry {
   std::mutex mutex;
   std::map<Identity, std::string> openers;
 };
 
 Registry& registry() {
-  static Registry& registry = *new Registry;  // Stores may be closed while the process ends.
+  static Registry& registry = *new Registry;  // Stores may be closed during exit.
   return registry;
 }
 
@@ -40,15 +40,15 @@ std::string nameOfThread() {
   throw StoreError(StoreError::Reason::InUse, path + " has a store in " + holder, path);
 }
 
-/// Best effort: the lock is what matters.
-void nameHolder(IDirectory& root) {
+/// Best effort, since only the lock matters.
+void recordHolder(IDirectory& root) {
   try {
     removeTree(root, kLockName);
     const auto file = root.create(kLockName);
     const std::string process = joined(::getpid(), "\n");
     file->append(process.data(), process.size());
   } catch (const StoreError&) {
-    // A read-only or a full disk.
+    // A read-only or full disk.
   }
 }
 
@@ -75,7 +75,7 @@ RootLock::RootLock(std::shared_ptr<IDirectory> root, const std::string& path)
   if (!root_->tryLock()) {
     throwInUse(path, describeHolder(*root_));
   }
-  nameHolder(*root_);
+  recordHolder(*root_);
 }
 
 RootLock::~RootLock() {
@@ -90,7 +90,7 @@ std::string describeHolder(IDirectory& root) {
       return "another process";
     }
     const std::string command = FileIO().readFile("/proc/" + process + "/cmdline");
-    // Empty of a process that is ending.
+    // Empty if the process is exiting.
     return joined("the process ", process,
                   command.empty() ? "" : joined(" (", command.c_str(), ")"));
   } catch (const std::exception&) {

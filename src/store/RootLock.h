@@ -9,10 +9,10 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Makes a root belong to one store of this process.
+/// Reserves a root for one store in this process.
 class RootClaim {
  public:
-  /// Throws StoreError as InUse, with the thread that opened the other store.
+  /// Throws StoreError (InUse), naming the thread that opened the other store.
   RootClaim(const FileStatus& root, const std::string& path);
   RootClaim(const RootClaim&) = delete;
   RootClaim& operator=(const RootClaim&) = delete;
@@ -22,12 +22,12 @@ class RootClaim {
   const std::pair<std::uint64_t, std::uint64_t> identity_;
 };
 
-/// Makes a root belong to one store, in this process and among all others. The lock is on the
-/// directory itself: there is no file to delete or to plant, and the system drops it with the
-/// process. The file ".lock" only names the process, for the messages of others.
+/// Reserves a root for one store, across all processes. The lock is on the directory itself: there
+/// is no lock file to delete or plant, and the system releases it when the process dies. The file
+/// ".lock" only identifies the process, for the error messages of others.
 class RootLock {
  public:
-  /// Throws StoreError as InUse, with who has the root.
+  /// Throws StoreError (InUse), naming the holder.
   RootLock(std::shared_ptr<IDirectory> root, const std::string& path);
   RootLock(const RootLock&) = delete;
   RootLock& operator=(const RootLock&) = delete;
@@ -35,10 +35,10 @@ class RootLock {
 
  private:
   const std::shared_ptr<IDirectory> root_;
-  const RootClaim claim_;  // Given up after the lock.
+  const RootClaim claim_;  // Released after the lock.
 };
 
-/// Who has a root that is locked: "the process 1234 (program)", as far as it can be told.
+/// Names the holder of a locked root: "the process 1234 (program)", or less if that is unknown.
 std::string describeHolder(IDirectory& root);
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -12,7 +12,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-bool RootContent::mayBe(const RootContent& other) const {
+bool RootContent::isCompatibleWith(const RootContent& other) const {
   if (types.empty() || !other.capability) {
     return types.empty() && capability == other.capability;
   }
@@ -49,7 +49,7 @@ void RootMarker::write(IDirectory& root, const RootContent& content) {
   if (content.capability) {
     addCapability(members, *content.capability);
   }
-  replaceFile(root, kMarkerName, printChecked(members), Durability::Lasting);
+  replaceFile(root, kMarkerName, printChecked(members), Durability::Synced);
 }
 
 std::optional<RootContent> identifyRoot(IDirectory& root) {
@@ -58,7 +58,7 @@ std::optional<RootContent> identifyRoot(IDirectory& root) {
       return RootContent{stored->table.capability};
     }
   } catch (const std::exception&) {
-    // The index may tell.
+    // Fall back on the index.
   }
   RootContent content;
   try {
@@ -68,7 +68,7 @@ std::optional<RootContent> identifyRoot(IDirectory& root) {
       }
     }
   } catch (const std::exception&) {
-    // It is a raw cache's, if anybody's.
+    // Not a store's index.
   }
   return content.types.empty() ? std::nullopt : std::optional(content);
 }

@@ -33,7 +33,7 @@ std::string SingleFlight::wait(std::unique_lock<std::mutex>& lock,
   const std::thread::id self = std::this_thread::get_id();
   for (std::shared_ptr<Flight> next = flight; next && !next->isDone;) {
     if (next->thread == self) {
-      throw UsageError("fetches wait for each other: one asks for what the other fetches");
+      throw UsageError("deadlock: this fetch and another one would wait for each other");
     }
     const auto waits = waiting_.find(next->thread);
     next = waits == waiting_.end() ? nullptr : waits->second;

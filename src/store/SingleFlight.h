@@ -12,11 +12,11 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Has one thread at a time do what several ask for under the same key; the others wait for it.
+/// Runs one call per key at a time; concurrent callers wait for it and share its result.
 class SingleFlight {
  public:
-  /// Calls `work`, or waits for the thread that is inside a call for the key. Throws what it
-  /// throws, and UsageError if that thread waits for this one.
+  /// Calls `work`, or waits for the call in progress for the key. Throws what that call throws, and
+  /// UsageError if waiting would deadlock.
   std::string run(const std::string& key, FunctionRef<std::string()> work);
 
  private:
@@ -32,7 +32,7 @@ class SingleFlight {
   std::mutex mutex_;
   std::condition_variable landed_;
   std::map<std::string, std::shared_ptr<Flight>> flights_;
-  std::map<std::thread::id, std::shared_ptr<Flight>> waiting_;  // What threads wait for.
+  std::map<std::thread::id, std::shared_ptr<Flight>> waiting_;  // What each thread waits for.
 };
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -38,7 +38,7 @@ bool StoreError::isShortage() const noexcept {
 
 StoreError StoreError::ofSystem(const char* action, const std::string& path, int error,
                                 bool isChange) {
-  // Not strerror, which need not be safe from several threads.
+  // Not strerror, which need not be thread-safe.
   return {
       reasonOf(error, isChange),
       std::string("cannot ") + action + " " + path + ": " + std::generic_category().message(error),

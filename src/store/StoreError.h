@@ -7,45 +7,44 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A store could not do what it was asked to. What was committed before stays as it was, unless the
-/// call says otherwise.
+/// A store operation failed. What was committed before is unchanged, unless the operation says
+/// otherwise.
 class StoreError : public std::runtime_error {
  public:
-  /// What to do about it: wait, make room, fetch again or report.
+  /// Why it failed, which decides whether to wait, make room, fetch again or report.
   enum class Reason {
-    NoRoom,        ///< The budget does not allow it; see `room`.
-    DiskFull,      ///< The file system does not allow it, or a quota; see `room`.
-    TooShort,      ///< Bytes are missing at the end. Those that came are kept.
-    WrongContent,  ///< Too many bytes, or not the right ones. They were dropped.
+    NoRoom,        ///< The budget is too small; see `room`.
+    DiskFull,      ///< The file system or a quota is full; see `room`.
+    TooShort,      ///< Bytes are missing at the end. Those received are kept.
+    WrongContent,  ///< Too many bytes, or wrong ones. They were dropped.
     InUse,         ///< Another store has the root.
-    ReadOnly,      ///< The root cannot be written to.
+    ReadOnly,      ///< The root is not writable.
     Damaged,       ///< Committed files are lost or damaged.
-    Io,            ///< Anything else that the system refused.
+    Io,            ///< Any other I/O error.
   };
 
-  /// Numbers that go with NoRoom and DiskFull, in bytes.
+  /// The numbers behind NoRoom and DiskFull, in bytes.
   struct Room {
-    std::int64_t needed = 0;  ///< That were asked for.
-    std::int64_t budget = 0;  ///< Of the store.
-    std::int64_t free = 0;    ///< On the file system, for this process; -1 if that is unknown.
+    std::int64_t needed = 0;  ///< Requested.
+    std::int64_t budget = 0;  ///< The store's.
+    std::int64_t free = 0;    ///< Available to this process on the file system; -1 if unknown.
   };
 
-  /// `path` is the file or directory that it is about, `error` the system's errno; empty and 0 if
-  /// there is none.
+  /// `path` is the file or directory concerned, `error` the errno; empty and 0 if there is none.
   StoreError(Reason reason, const std::string& message, std::string path = {}, int error = 0,
              std::optional<Room> room = {});
 
-  Reason reason() const noexcept { return reason_; }                  ///< What kind of failure.
+  Reason reason() const noexcept { return reason_; }                  ///< Why it failed.
   const std::string& path() const noexcept { return path_; }          ///< May be empty.
   int error() const noexcept { return error_; }                       ///< errno, or 0.
-  const std::optional<Room>& room() const noexcept { return room_; }  ///< None for most.
+  const std::optional<Room>& room() const noexcept { return room_; }  ///< Unset for most.
 
-  /// Whether the process or the system is short of descriptors or memory, so that the failure says
-  /// nothing of the file.
+  /// Whether the process or the system ran out of descriptors or memory, in which case the failure
+  /// says nothing about the file.
   bool isShortage() const noexcept;
 
-  /// A failed system call: "cannot ACTION PATH: what errno means". `isChange` is whether the call
-  /// was to change something, so that a lack of permission means ReadOnly.
+  /// The error of a failed system call: "cannot ACTION PATH: what errno means". `isChange` says
+  /// whether the call modifies the disk, in which case a lack of permission means ReadOnly.
   static StoreError ofSystem(const char* action, const std::string& path, int error, bool isChange);
 
  private:
@@ -55,14 +54,14 @@ class StoreError : public std::runtime_error {
   std::optional<Room> room_;
 };
 
-/// A store was used wrongly: after it was closed, twice at a time where once is allowed, or from a
-/// soft-error sink in the middle of a call of its own.
+/// A store was misused: after it was closed, concurrently where only one use is allowed, or by a
+/// soft-error sink from inside another call.
 class UsageError : public std::logic_error {
  public:
   using std::logic_error::logic_error;
 };
 
-/// An update was cancelled, or ended by the close of its store.
+/// An update was cancelled, or ended because its store was closed.
 class CancelledError : public UsageError {
  public:
   using UsageError::UsageError;

@@ -13,11 +13,11 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// Without slashes at its end.
+/// Strips trailing slashes.
 std::string checkedPath(std::string path) {
   if (path.empty() || path.find('\0') != std::string::npos) {
     throw std::invalid_argument(path.empty() ? "the path of the root is empty"
-                                             : "the path of the root has a zero byte in it");
+                                             : "the path of the root contains a zero byte");
   }
   while (path.size() > 1 && path.back() == '/') {
     path.pop_back();
@@ -51,7 +51,7 @@ void StoreRoot::setMaxSizeBytes(std::int64_t bytes) {
   maxSizeBytes_ = checkedBudget(bytes);
 }
 
-bool StoreRoot::readOwn(const char* name, FunctionRef<void()> read) {
+bool StoreRoot::readOwnFile(const char* name, FunctionRef<void()> read) {
   try {
     read();
     return true;
@@ -70,24 +70,24 @@ bool StoreRoot::readOwn(const char* name, FunctionRef<void()> read) {
 
 void StoreRoot::claim(const RootContent& content) {
   std::optional<RootContent> found;
-  readOwn(kMarkerName, [&] { found = RootMarker::read(*directory_); });
+  readOwnFile(kMarkerName, [&] { found = RootMarker::read(*directory_); });
   isMarked_ = found.has_value();
   if (!found) {
     found = identifyRoot(*directory_);
   }
-  if (found && !found->mayBe(content)) {
+  if (found && !found->isCompatibleWith(content)) {
     throw std::invalid_argument(path_ + " holds " + found->toString() + ", not " +
                                 content.toString());
   }
   content_ = content;
   try {
-    requireMarked();
+    ensureMarked();
   } catch (const StoreError& error) {
-    report(error.what());  // It is written before the first change, then.
+    report(error.what());  // It is written before the first change instead.
   }
 }
 
-void StoreRoot::requireMarked() {
+void StoreRoot::ensureMarked() {
   if (!isMarked_) {
     RootMarker::write(*directory_, content_);
     isMarked_ = true;
@@ -95,14 +95,14 @@ void StoreRoot::requireMarked() {
 }
 
 std::unique_lock<std::mutex> StoreRoot::lock() {
-  std::unique_lock<std::mutex> lock(changing_);
+  std::unique_lock<std::mutex> lock(contentsMutex_);
   requireOpen();
   return lock;
 }
 
 std::unique_lock<std::mutex> StoreRoot::lockForChange() {
   std::unique_lock<std::mutex> lock = this->lock();
-  requireMarked();
+  ensureMarked();
   return lock;
 }
 
@@ -122,15 +122,15 @@ void StoreRoot::report(const std::string& message, const char* function) noexcep
       }
     }
   } catch (const std::bad_alloc&) {
-    // It is told at once, then.
+    // Report it right away instead.
   }
   printReport(message, function);
 }
 
 void StoreRoot::close() noexcept {
-  const std::lock_guard<std::mutex> closing(closing_);
+  const std::lock_guard<std::mutex> closing(closeMutex_);
   {
-    const std::lock_guard<std::mutex> lock(changing_);
+    const std::lock_guard<std::mutex> lock(contentsMutex_);
     closed_ = true;
   }
   writers_.closeAll();
@@ -142,7 +142,7 @@ StoreCall::StoreCall(StoreRoot& root) : root_(root) {
   const std::lock_guard<std::mutex> guard(root_.callsMutex_);
   for (const auto& [thread, call] : root_.calls_) {
     if (thread == self) {
-      throw UsageError("called in the middle of another call of the store");
+      throw UsageError("called from inside another call of the store");
     }
   }
   root_.calls_.emplace_back(self, this);

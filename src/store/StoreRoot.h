@@ -21,17 +21,17 @@ namespace zentrel::vistabase::ardelivery {
 
 class StoreCall;
 
-/// What a store gets from outside.
+/// The platform services that a store uses.
 struct StoreEnvironment {
   OpenRoot openRoot;
   NewDigest newDigest;
 };
 
-/// An open root, which a store shares with all that it hands out. Any thread.
+/// An open root, shared by a store and everything that it hands out. Thread-safe.
 class StoreRoot {
  public:
-  /// Throws std::invalid_argument for an empty path, one with a zero byte, or a negative budget,
-  /// and StoreError as InUse.
+  /// Throws std::invalid_argument for a negative budget or a path that is empty or contains a zero
+  /// byte, and StoreError (InUse) if another store has the root.
   StoreRoot(const std::string& path, std::int64_t maxSizeBytes,
             const StoreEnvironment& environment);
 
@@ -44,32 +44,32 @@ class StoreRoot {
   std::int64_t maxSizeBytes() const noexcept { return maxSizeBytes_; }
   void setMaxSizeBytes(std::int64_t bytes);
 
-  /// Calls `read`, which reads a file of the store's own. False if the file is damaged, which is
-  /// reported. Throws std::invalid_argument for a file of a newer release.
-  bool readOwn(const char* name, FunctionRef<void()> read);
+  /// Calls `read`, which reads one of the store's own files. If the file is damaged, reports it and
+  /// returns false. Throws std::invalid_argument for a file of a newer release.
+  bool readOwnFile(const char* name, FunctionRef<void()> read);
 
-  /// Says what the root is to hold. Throws std::invalid_argument if it holds something else.
+  /// Declares what the root is to hold. Throws std::invalid_argument if it holds something else.
   void claim(const RootContent& content);
 
-  /// Held while what the root has is looked at or changed, but never while bytes are on their way.
-  /// Throws UsageError once the root is closed.
+  /// Guards the root's contents; not held during bulk I/O. Throws UsageError once the root is
+  /// closed.
   std::unique_lock<std::mutex> lock();
-  /// The same for what has to be done after that too.
-  std::unique_lock<std::mutex> lockEvenClosed() { return std::unique_lock(changing_); }
-  /// The same, for what changes something: the root says what it holds before that.
+  /// The same, for cleaning up after the root is closed.
+  std::unique_lock<std::mutex> lockEvenIfClosed() { return std::unique_lock(contentsMutex_); }
+  /// The same, for a change: writes the marker first if it is missing.
   std::unique_lock<std::mutex> lockForChange();
-  /// Under the lock, before anything is changed.
-  void requireMarked();
+  /// Writes the marker if it is missing. Call with the lock held, before any change.
+  void ensureMarked();
 
   /// Throws UsageError once the root is closed.
   void requireOpen() const;
 
-  /// Tells of something that was survived: as a soft error, at the end of this thread's
+  /// Reports a failure that was recovered from, as a soft error, at the end of this thread's
   /// StoreCall.
   void report(const std::string& message, const char* function = __builtin_FUNCTION()) noexcept;
 
-  /// Ends all writing, waits for what is inside, and lets go of the root. Whoever calls it
-  /// meanwhile returns when that is done.
+  /// Closes all writers, waits for calls in progress, and releases the root. A concurrent call
+  /// returns once that is done.
   void close() noexcept;
 
  private:
@@ -83,19 +83,19 @@ class StoreRoot {
   RootContent content_;
   bool isMarked_ = false;
   ActiveWriters writers_;
-  std::mutex changing_;
+  std::mutex contentsMutex_;
   std::atomic<bool> closed_{false};
-  std::mutex closing_;
+  std::mutex closeMutex_;
   std::mutex callsMutex_;
   std::vector<std::pair<std::thread::id, StoreCall*>> calls_;
 };
 
-/// A thread inside a store or something that it handed out, from the beginning of a public call to
-/// its end. What the call reports is told when the locks are free again, so that a soft-error sink
-/// can wait for nobody; it cannot call the store, either.
+/// The scope of one public call on a store or on something that it handed out. Delivers the call's
+/// reports at its end, when no lock is held, so that a soft-error sink cannot deadlock. The sink
+/// cannot call the store, either.
 class StoreCall {
  public:
-  /// Throws UsageError for a call in the middle of another one.
+  /// Throws UsageError if this thread is already inside a call.
   explicit StoreCall(StoreRoot& root);
   StoreCall(const StoreCall&) = delete;
   StoreCall& operator=(const StoreCall&) = delete;
@@ -105,7 +105,7 @@ class StoreCall {
   friend class StoreRoot;
 
   StoreRoot& root_;
-  std::vector<std::pair<std::string, const char*>> reports_;  // And from which function.
+  std::vector<std::pair<std::string, const char*>> reports_;  // Message and function.
 };
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -9,39 +9,39 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Writes a model file. Its content is known, so that what an earlier update wrote is resumed.
+/// Writes a model file. Its content is known, so bytes written by an earlier update are resumed.
 using ModelWriter = EntryWriter;
 
-/// An update to one version. Any thread may use it and its writers. It may outlive its store; once
-/// it has ended, each of its functions but `close` and `cancel` throws UsageError. What it got
-/// stays when it ends, for the next update to the version.
+/// An update to one version. Thread-safe, as are its writers. May outlive its store; once it has
+/// ended, every function except `close` and `cancel` throws UsageError. The bytes received stay for
+/// the next update to the version.
 class Update {
  public:
-  /// Closes it.
+  /// Closes the update.
   virtual ~Update() = default;
 
-  /// The files that are still to be written, each once.
+  /// Returns the files still to be written, each once.
   virtual std::vector<ModelFile> missing() = 0;
 
-  /// Begins to write a missing file, or resumes it. Throws std::invalid_argument if the file is not
-  /// missing, UsageError if it is being written already, and StoreError if the disk fails.
+  /// Starts or resumes writing a missing file. Throws std::invalid_argument if the file is not
+  /// missing, UsageError if it is already being written, and StoreError if the disk fails.
   virtual std::unique_ptr<ModelWriter> write(const ModelFile& file) = 0;
 
-  /// Makes the version the active one, and ends the update. Throws UsageError if files are missing,
-  /// and StoreError if the disk fails or a file was lost in the meantime: the version that was
-  /// active still is, and the update goes on.
+  /// Makes the version the active one and ends the update. Throws UsageError if files are missing,
+  /// and StoreError if the disk fails or a file was lost in the meantime: then the active version
+  /// does not change, and the update continues.
   virtual void activate() = 0;
 
-  /// Bytes of all files of the version, each counted once.
+  /// Returns the bytes of all files of the version, each file counted once.
   virtual std::int64_t totalBytes() = 0;
-  /// Bytes that are still to be written: of missing files, without what earlier writers kept.
+  /// Returns the bytes still to be written: those of missing files, less what earlier writers kept.
   virtual std::int64_t remainingBytes() = 0;
 
-  /// Has its writers and `activate` throw CancelledError from now on; what was written stays. Waits
-  /// for nobody, and wakes nobody: a download that is blocked goes on until its next `write`.
+  /// Makes its writers and `activate` throw CancelledError from now on; what was written is kept.
+  /// Does not block, and wakes no one: a blocked download continues until its next `write`.
   virtual void cancel() noexcept = 0;
 
-  /// Ends the update and its writers. Calling it again does nothing.
+  /// Ends the update and closes its writers. Idempotent.
   virtual void close() = 0;
 };
 

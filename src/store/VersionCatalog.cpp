@@ -20,25 +20,25 @@ VersionCatalog::VersionCatalog(StoreRoot& root, EntryDirectory& entries,
 
 void VersionCatalog::load() {
   std::optional<StoredTable> stored;
-  bool isMended =
-      !root_.readOwn(kTableName, [&] { stored = VersionTableFile::read(root_.directory()); });
+  bool isRepaired =
+      !root_.readOwnFile(kTableName, [&] { stored = VersionTableFile::read(root_.directory()); });
   if (stored && stored->table.capability == table_.capability) {
     table_ = stored->table;
     indexCrc_ = stored->indexCrc;
   } else {
     table_ = recoverVersions(root_, table_.capability);
-    isMended = isMended || stored || !table_.versions.empty();
+    isRepaired = isRepaired || stored || !table_.versions.empty();
   }
-  isMended = dropIncomplete() || isMended;
-  if (!isMended && !isIndexCurrent()) {
-    root_.report("the index is not the store's: written again");
+  isRepaired = dropIncomplete() || isRepaired;
+  if (!isRepaired && !isIndexCurrent()) {
+    root_.report("rewriting the index, which is not the store's");
     writeIndex(printIndex(table_));
   }
-  if (isMended) {
+  if (isRepaired) {
     try {
       write(VersionTable(table_));
     } catch (const StoreError& error) {
-      root_.report(error.what());  // It is mended next time, then.
+      root_.report(error.what());  // The next store repairs it.
     }
   }
   publish();
@@ -49,7 +49,7 @@ std::shared_ptr<const Snapshot> VersionCatalog::snapshot() const {
   return snapshot_;
 }
 
-/// As far as kinds and sizes tell.
+/// Checks that every file exists with its size, but not the bytes.
 bool VersionCatalog::isWhole(const Version& version) {
   for (const VersionFile& file : version.files) {
     const FileStatus status = root_.directory().status(file.name);
@@ -69,7 +69,7 @@ bool VersionCatalog::dropIncomplete() {
     }
     if (types != table_.capability.types() || !isWhole(*version)) {
       root_.report(
-          joined("version ", version->number, " is dropped: it has lost files, or other types"));
+          joined("dropped version ", version->number, ": it has lost files, or other types"));
       incomplete.push_back(version);
     }
   }
@@ -84,7 +84,7 @@ bool VersionCatalog::isIndexCurrent() {
     return true;
   }
   bool isCurrent = false;
-  root_.readOwn(kIndexName, [&] {
+  root_.readOwnFile(kIndexName, [&] {
     const auto text = readSmallFile(root_.directory(), kIndexName);
     isCurrent = text && crc32(*text) == *indexCrc_;
   });
@@ -111,7 +111,7 @@ void VersionCatalog::put(const std::shared_ptr<const Version>& version, bool isA
   const std::set<std::string> known = table_.namesWithout({});
   const std::set<std::string> names = version->names();
   if (!std::includes(known.begin(), known.end(), names.begin(), names.end())) {
-    root_.directory().sync();  // A table names only what lasts.
+    root_.directory().sync();  // A table may only name durable files.
   }
   write(table_.with(version, isActive));
 }
@@ -122,13 +122,13 @@ void VersionCatalog::deactivate() {
   }
 }
 
-/// The files go first: that makes the room that the rest needs on a full disk.
-void VersionCatalog::remove(const Versions& gone, const std::set<std::string>& kept) {
-  settle();
-  const std::set<std::string> names = table_.namesOnlyOf(gone, kept);
-  const VersionTable next = table_.without(gone);
+/// Deletes the files first, which makes room for the new table on a full disk.
+void VersionCatalog::remove(const Versions& removed, const std::set<std::string>& kept) {
+  ensureDurable();
+  const std::set<std::string> names = table_.namesOnlyOf(removed, kept);
+  const VersionTable next = table_.without(removed);
   if (next.active != table_.active) {
-    table_ = next;  // Nobody is to be given paths of files that are gone.
+    table_ = next;  // Never hand out paths of deleted files.
     publish();
   }
   try {
@@ -136,7 +136,7 @@ void VersionCatalog::remove(const Versions& gone, const std::set<std::string>& k
       entries_.drop(name);
     }
   } catch (...) {
-    resync();
+    reread();
     throw;
   }
   write(next);
@@ -148,11 +148,11 @@ void VersionCatalog::setDamaged(const std::set<std::string>& names) {
     return;
   }
   try {
-    root_.requireMarked();
+    root_.ensureMarked();
     write(next);
   } catch (const StoreError& error) {
     root_.report(error.what());
-    table_ = table_.withDamaged(names);  // It is known for as long as the store is open, then.
+    table_ = table_.withDamaged(names);  // Remembered only while the store is open.
   }
 }
 
@@ -178,13 +178,13 @@ void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
       const bool isBudget = plan.bytes < overBudget;
       const std::int64_t needed = isBudget ? added : written;
       throw StoreError(isBudget ? StoreError::Reason::NoRoom : StoreError::Reason::DiskFull,
-                       joined("no room for ", needed, " bytes more in ", root_.path(), ": ",
-                              isBudget ? joined(total, " of the budget of ", budget, " are taken")
+                       joined("no room for ", needed, " more bytes in ", root_.path(), ": ",
+                              isBudget ? joined(total, " of the budget of ", budget, " are used")
                                        : joined(free, " are free on the disk"),
                               ", and ", plan.bytes, " can be deleted"),
                        root_.path(), 0, StoreError::Room{needed, budget, free});
     }
-    entries_.reload();  // Others may have deleted something.
+    entries_.reload();  // Someone may have deleted files behind our back.
   }
 }
 
@@ -199,7 +199,7 @@ VersionCatalog::Plan VersionCatalog::planRoom(std::int64_t lacking,
     }
   }
   const std::set<std::string> named = table_.namesWithout({});
-  plan.entries = entries_.oldest(lacking - plan.bytes, [&](const std::string& name) {
+  plan.entries = entries_.leastRecentlyUsed(lacking - plan.bytes, [&](const std::string& name) {
     return named.count(name) != 0 || kept.count(name) != 0;
   });
   const std::int64_t strays = sizeOf({plan.entries.begin(), plan.entries.end()});
@@ -219,14 +219,14 @@ std::int64_t VersionCatalog::sizeOf(const std::set<std::string>& names) {
   return sum;
 }
 
-/// Has the table in memory on disk for good, before anything is deleted that another may need.
-void VersionCatalog::settle() {
-  if (isUncertain_) {
+/// Makes the in-memory table durable, before deleting files that an earlier one may still name.
+void VersionCatalog::ensureDurable() {
+  if (mayRevert_) {
     write(VersionTable(table_));
   }
 }
 
-/// Once the table has its name, it is in force. The index follows.
+/// The rename of the table is the commit. The index follows.
 void VersionCatalog::write(const VersionTable& next) {
   const bool hasIndex = indexCrc_ || !next.versions.empty();
   const std::string index = hasIndex ? printIndex(next) : "";
@@ -234,10 +234,10 @@ void VersionCatalog::write(const VersionTable& next) {
   try {
     VersionTableFile::write(root_.directory(), {next, sum});
   } catch (...) {
-    resync();
+    reread();
     throw;
   }
-  isUncertain_ = false;
+  mayRevert_ = false;
   isIndexStale_ = isIndexStale_ || sum != indexCrc_;
   table_ = next;
   indexCrc_ = sum;
@@ -247,7 +247,7 @@ void VersionCatalog::write(const VersionTable& next) {
   }
 }
 
-/// Only raw readers need it, and whoever has lost the table.
+/// Best effort, since only raw readers and the recovery of a lost table need the index.
 void VersionCatalog::writeIndex(const std::string& text) noexcept {
   try {
     replaceFile(root_.directory(), kIndexName, text, Durability::Unsynced);
@@ -257,9 +257,9 @@ void VersionCatalog::writeIndex(const std::string& text) noexcept {
   }
 }
 
-/// After a failure: what lies on disk holds, whatever was meant to.
-void VersionCatalog::resync() noexcept {
-  isUncertain_ = true;
+/// Recovers from a failure by adopting whatever table is on disk.
+void VersionCatalog::reread() noexcept {
+  mayRevert_ = true;
   isIndexStale_ = true;
   try {
     const auto stored = VersionTableFile::read(root_.directory());
@@ -268,11 +268,11 @@ void VersionCatalog::resync() noexcept {
     try {
       dropIncomplete();
     } catch (const StoreError& error) {
-      root_.report(error.what());  // A file that cannot be told to be lost is not.
+      root_.report(error.what());  // A file counts as lost only if that is certain.
     }
     publish();
   } catch (const std::exception& error) {
-    root_.report(error.what());  // What is known is the best there is.
+    root_.report(error.what());  // Keep the table in memory.
   }
 }
 

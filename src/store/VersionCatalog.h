@@ -15,43 +15,43 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Changes the table of versions, its index and the files that depend on it. Under the root's lock,
-/// except for `snapshot`.
+/// Maintains the table of versions, its index and the files that they refer to. Requires the root's
+/// lock, except for `snapshot`.
 ///
-/// The table on disk decides. Whatever fails, memory is read from it again before the call returns,
-/// so that the next call and the next store agree.
+/// The table on disk is authoritative. After any failure it is reread before the call returns, so
+/// that the next call and the next store agree.
 class VersionCatalog {
  public:
-  /// Told of each new snapshot, before files go that an earlier one had.
+  /// Receives each new snapshot, before files that only an earlier one had are deleted.
   using Observer = std::function<void(const Snapshot&)>;
 
   VersionCatalog(StoreRoot& root, EntryDirectory& entries, const Capability& capability,
                  Observer observer);
 
-  /// Reads the table, and mends what is not as it should be, as far as the disk allows. Throws
-  /// StoreError if it cannot be told whether files are there.
+  /// Reads the table, and repairs it as far as the disk allows. Throws StoreError if it cannot
+  /// determine whether files exist.
   void load();
 
   const VersionTable& table() const noexcept { return table_; }
-  /// Any thread.
+  /// Thread-safe.
   std::shared_ptr<const Snapshot> snapshot() const;
 
-  /// Throws StoreError as Damaged if the version has lost or damaged files.
+  /// Throws StoreError (Damaged) if the version has lost or damaged files.
   void requireWhole(const Version& version);
-  /// Throws StoreError as NoRoom if a table with the version would be too large.
+  /// Throws StoreError (NoRoom) if a table with the version would be too large.
   void requireTableSpace(const std::shared_ptr<const Version>& version) const;
 
-  /// Adds a version, in place of an earlier one of its number, as the last one.
+  /// Adds a version at the end, replacing an earlier one with its number.
   void put(const std::shared_ptr<const Version>& version, bool isActive);
   void deactivate();
-  /// Deletes versions with their files, but for those that others share or that are kept.
-  void remove(const Versions& gone, const std::set<std::string>& kept);
-  /// Remembers which files have wrong bytes.
+  /// Deletes versions and their files, except those that other versions share or that are kept.
+  void remove(const Versions& removed, const std::set<std::string>& kept);
+  /// Records which files have wrong bytes.
   void setDamaged(const std::set<std::string>& names);
 
-  /// Has `added` bytes of entries more fit the budget, and the disk `written` more: the oldest
-  /// inactive versions go, then entries of no version, but none that is kept. Throws StoreError as
-  /// NoRoom or DiskFull if that is not enough, and then deletes nothing.
+  /// Makes room for `added` more bytes of entries in the budget and `written` more on the disk:
+  /// deletes the oldest inactive versions, then entries of no version, but none that is kept. If
+  /// that is not enough, deletes nothing and throws StoreError (NoRoom or DiskFull).
   void makeRoom(std::int64_t added, std::int64_t written, const std::set<std::string>& kept,
                 Room room);
 
@@ -67,8 +67,8 @@ class VersionCatalog {
   bool isIndexCurrent();
   void write(const VersionTable& next);
   void writeIndex(const std::string& text) noexcept;
-  void resync() noexcept;
-  void settle();
+  void reread() noexcept;
+  void ensureDurable();
   Plan planRoom(std::int64_t lacking, const std::set<std::string>& kept, Room room);
   std::int64_t sizeOf(const std::set<std::string>& names);
   void publish();
@@ -76,9 +76,9 @@ class VersionCatalog {
   StoreRoot& root_;
   EntryDirectory& entries_;
   VersionTable table_;
-  std::optional<std::uint32_t> indexCrc_;  // None for as long as the index is not the store's.
+  std::optional<std::uint32_t> indexCrc_;  // Unset until the store has written an index.
   bool isIndexStale_ = false;
-  bool isUncertain_ = false;  // After a failure, a power cut may bring another table back.
+  bool mayRevert_ = false;  // After a failure, a power cut may bring back another table.
 
   const Observer observer_;
   mutable std::mutex snapshotMutex_;

@@ -9,7 +9,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// None unless the key is DIGEST-TYPE.
+/// Returns nullopt unless the key is DIGEST-TYPE.
 std::optional<IndexedVersion::File> toFile(const ModelRecord& model) {
   const std::string& key = model.cacheKey;
   if (!isModelFileName(key)) {

@@ -13,7 +13,7 @@ bool contains(const Versions& versions, const std::shared_ptr<const Version>& ve
   return std::find(versions.begin(), versions.end(), version) != versions.end();
 }
 
-/// One file of each type, in the order of the types.
+/// Sorts the files by type. Throws std::invalid_argument unless there is one of each.
 std::vector<ModelFile> inOrder(const std::vector<ModelFile>& files, const Capability& capability) {
   std::map<std::string, const ModelFile*> byType;
   for (const ModelFile& file : files) {
@@ -22,14 +22,14 @@ std::vector<ModelFile> inOrder(const std::vector<ModelFile>& files, const Capabi
                                   file.toString());
     }
     if (!byType.emplace(file.type(), &file).second) {
-      throw std::invalid_argument("two files of one type: " + file.toString());
+      throw std::invalid_argument("more than one file of a type: " + file.toString());
     }
   }
   std::vector<ModelFile> ordered;
   for (const std::string& type : capability.types()) {
     const auto found = byType.find(type);
     if (found == byType.end()) {
-      throw std::invalid_argument("no file of the type " + type);
+      throw std::invalid_argument("no file of type " + type);
     }
     ordered.push_back(*found->second);
   }
@@ -83,23 +83,23 @@ std::map<std::string, ModelFile> VersionTable::filesByName() const {
   return files;
 }
 
-std::set<std::string> VersionTable::namesWithout(const Versions& gone) const {
+std::set<std::string> VersionTable::namesWithout(const Versions& excluded) const {
   std::set<std::string> names;
   for (const auto& version : versions) {
-    if (!contains(gone, version)) {
+    if (!contains(excluded, version)) {
       names.merge(version->names());
     }
   }
   return names;
 }
 
-std::set<std::string> VersionTable::namesOnlyOf(const Versions& gone,
+std::set<std::string> VersionTable::namesOnlyOf(const Versions& some,
                                                 const std::set<std::string>& kept) const {
-  const std::set<std::string> staying = namesWithout(gone);
+  const std::set<std::string> others = namesWithout(some);
   std::set<std::string> names;
-  for (const auto& version : gone) {
+  for (const auto& version : some) {
     for (const VersionFile& file : version->files) {
-      if (staying.count(file.name) == 0 && kept.count(file.name) == 0) {
+      if (others.count(file.name) == 0 && kept.count(file.name) == 0) {
         names.insert(file.name);
       }
     }
@@ -120,10 +120,10 @@ VersionTable VersionTable::with(const std::shared_ptr<const Version>& version,
   return table.withDamaged(damaged);
 }
 
-VersionTable VersionTable::without(const Versions& gone) const {
+VersionTable VersionTable::without(const Versions& removed) const {
   VersionTable table{capability, {}, active, {}};
   for (const auto& version : versions) {
-    if (!contains(gone, version)) {
+    if (!contains(removed, version)) {
       table.versions.push_back(version);
     }
   }
@@ -161,7 +161,7 @@ Version VersionTable::plan(int number, const std::vector<ModelFile>& files) cons
   for (const ModelFile& file : inOrder(files, capability)) {
     const std::string& digest = file.sha256();
     if (sizesByDigest.emplace(digest, file.sizeBytes()).first->second != file.sizeBytes()) {
-      throw std::invalid_argument("two sizes of one digest: " + file.toString());
+      throw std::invalid_argument("different sizes for one digest: " + file.toString());
     }
     const auto name = namesByDigest.emplace(digest, digest + '-' + file.type()).first;
     version.files.push_back({file, name->second});

@@ -26,7 +26,7 @@ boost::json::object toJson(const Version& version) {
   return {{"version", version.number}, {"files", std::move(files)}};
 }
 
-/// Whoever can write to a root can make up a table, but not lead the store to anything but entries.
+/// Accepts only names of entries: a forged table must not lead the store to any other file.
 std::string toName(const JsonValue& value) {
   std::string name = json::toString(value);
   if (name.empty() || !isEntryName(name) || name.find('/') != std::string::npos ||
@@ -59,17 +59,17 @@ void requireConsistent(const VersionTable& table) {
   std::set<int> numbers;
   for (const auto& version : table.versions) {
     if (!numbers.insert(version->number).second) {
-      throw json::Error(joined("version ", version->number, " is there twice"));
+      throw json::Error(joined("duplicate version ", version->number));
     }
     for (const VersionFile& file : version->files) {
       const std::string& digest = file.file.sha256();
       if (digests.emplace(file.name, digest).first->second != digest) {
-        throw json::Error("two digests of " + file.name);
+        throw json::Error("different digests for " + file.name);
       }
     }
   }
   if (table.active && numbers.count(*table.active) == 0) {
-    throw json::Error("the active version is not there");
+    throw json::Error("the active version is missing");
   }
 }
 
@@ -127,7 +127,7 @@ std::string VersionTableFile::print(const StoredTable& stored) {
 }
 
 void VersionTableFile::write(IDirectory& root, const StoredTable& stored) {
-  replaceFile(root, kTableName, print(stored), Durability::Lasting);
+  replaceFile(root, kTableName, print(stored), Durability::Synced);
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -18,7 +18,7 @@ std::string partOf(const std::string& name) {
   return std::string(kPartPrefix) + name;
 }
 
-/// Throws, with the numbers, if a version and the active one do not fit the budget together.
+/// Throws StoreError (NoRoom) if a version and the active one together exceed the budget.
 void requireBudget(const Version& version, const Version* active, std::int64_t budget) {
   const std::int64_t alone = version.bytes();
   const std::int64_t together = version.bytes(active);
@@ -29,7 +29,7 @@ void requireBudget(const Version& version, const Version* active, std::int64_t b
                active == nullptr
                    ? ""
                    : joined(", ", together, " together with the active version ", active->number),
-               ", and the budget is ", budget),
+               ", but the budget is ", budget),
         {}, 0, StoreError::Room{together, budget, -1});
   }
 }
@@ -39,7 +39,7 @@ void requireBudget(const Version& version, const Version* active, std::int64_t b
 void VersionUpdate::begin(int number, const std::vector<ModelFile>& files, Room room) {
   try {
     const std::vector<FoundFile> found = plan(number, files, room);
-    const std::vector<Adoption> adoptions = matchFiles(  // Read without the lock.
+    const std::vector<Adoption> adoptions = matchFiles(  // Without the lock.
         store_->root->directory(), found, missingByName(),
         [this] { return store_->root->newDigest(); }, [this] { requireRunning(); });
     prepare(adoptions, room);
@@ -49,7 +49,7 @@ void VersionUpdate::begin(int number, const std::vector<ModelFile>& files, Room 
   }
 }
 
-/// Finds out what is missing. Returns the files that may have it.
+/// Determines which files are missing. Returns the candidates for reuse.
 std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFile>& files,
                                            Room room) {
   const auto lock = store_->root->lockForChange();
@@ -68,7 +68,7 @@ std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFi
     const FileStatus status = store_->root->directory().status(name);
     const bool isTrusted = named.count(name) != 0 && table.damaged.count(name) == 0;
     if (isTrusted && status.isRegular() && status.size == type.sizeBytes()) {
-      there_.insert(name);
+      present_.insert(name);
     } else {
       sizes.insert(type.sizeBytes());
     }
@@ -77,7 +77,7 @@ std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFi
   return findFiles(store_->root->directory(), sizes, named);
 }
 
-/// Takes what is there already, and makes room for the rest.
+/// Adopts files with the right content, and makes room for the rest.
 void VersionUpdate::prepare(const std::vector<Adoption>& adoptions, Room room) {
   const auto lock = store_->root->lockForChange();
   requireRunning();
@@ -109,7 +109,7 @@ void VersionUpdate::prepare(const std::vector<Adoption>& adoptions, Room room) {
     directory.create(part);
   }
   if (!missingByName().empty()) {
-    directory.sync();  // From now on, parts have names that last; also those that were there.
+    directory.sync();  // From now on the names of all parts are durable, old ones included.
   }
   recordIfComplete({});
 }
@@ -122,7 +122,7 @@ void VersionUpdate::adopt(const Adoption& adoption) {
   if (adoptFile(store_->root->directory(), adoption)) {
     store_->entries.measure(found);
     store_->entries.measure(adoption.name);
-    there_.insert(adoption.name);
+    present_.insert(adoption.name);
   }
 }
 
@@ -132,7 +132,7 @@ std::vector<ModelFile> VersionUpdate::missing() {
   std::vector<ModelFile> files;
   std::set<std::string> listed;
   for (const auto& [file, name] : version_->files) {
-    if (there_.count(name) == 0 && listed.insert(name).second) {
+    if (present_.count(name) == 0 && listed.insert(name).second) {
       files.push_back(file);
     }
   }
@@ -147,7 +147,7 @@ std::unique_ptr<ModelWriter> VersionUpdate::write(const ModelFile& file) {
     const auto& files = version_->files;
     const auto found = std::find_if(files.begin(), files.end(),
                                     [&file](const VersionFile& each) { return each.file == file; });
-    if (found == files.end() || there_.count(found->name) != 0) {
+    if (found == files.end() || present_.count(found->name) != 0) {
       throw std::invalid_argument("not missing: " + file.toString());
     }
     const std::string& name = found->name;
@@ -159,7 +159,6 @@ std::unique_ptr<ModelWriter> VersionUpdate::write(const ModelFile& file) {
   return writer;
 }
 
-/// Makes the part of a file one of the version's files.
 void VersionUpdate::place(const PartPlan& part, std::int64_t bytes) {
   const std::string& name = part.entry;
   const auto lock = store_->root->lockForChange();
@@ -172,30 +171,30 @@ void VersionUpdate::place(const PartPlan& part, std::int64_t bytes) {
   if (damaged.erase(name) != 0) {
     catalog.setDamaged(damaged);
   }
-  there_.insert(name);
+  present_.insert(name);
   recordIfComplete(name);
 }
 
-/// Once all files are there, the version is one of the store's, unless it replaces another.
+/// Adds the version to the table once all files are present, unless it replaces another.
 void VersionUpdate::recordIfComplete(const std::string& lastName) {
   VersionCatalog& catalog = store_->catalog;
   const std::set<std::string> names = version_->names();
-  if (!std::includes(there_.begin(), there_.end(), names.begin(), names.end()) ||
+  if (!std::includes(present_.begin(), present_.end(), names.begin(), names.end()) ||
       catalog.table().find(version_->number)) {
     return;
   }
   try {
     catalog.put(version_, false);
   } catch (...) {
-    const bool isOfOthers = catalog.table().namesWithout({}).count(lastName) != 0;
-    if (!lastName.empty() && !isOfOthers) {  // As if the commit had not begun.
-      there_.erase(lastName);
+    const bool isShared = catalog.table().namesWithout({}).count(lastName) != 0;
+    if (!lastName.empty() && !isShared) {  // Undo the commit.
+      present_.erase(lastName);
       try {
         IDirectory& directory = store_->root->directory();
         directory.rename(lastName, directory, partOf(lastName));
         store_->entries.measure(lastName);
       } catch (const StoreError& error) {
-        store_->root->report(error.what());  // The next update finds it where it is.
+        store_->root->report(error.what());  // The next update finds it in place.
       }
     }
     throw;
@@ -241,13 +240,13 @@ void VersionUpdate::end() noexcept {
   }
   StoreRoot& root = *store_->root;
   {
-    const auto lock = root.lockEvenClosed();
+    const auto lock = root.lockEvenIfClosed();
     if (store_->runningUpdate().get() != this) {
       return;
     }
   }
-  root.writers().closeAll();  // While no other update can have any.
-  const auto lock = root.lockEvenClosed();
+  root.writers().closeAll();  // While no other update can have writers.
+  const auto lock = root.lockEvenIfClosed();
   store_->update.reset();
 }
 
@@ -259,9 +258,9 @@ std::set<std::string> VersionUpdate::parts() const {
   return parts;
 }
 
-void VersionUpdate::lose(const std::set<std::string>& names) {
+void VersionUpdate::markMissing(const std::set<std::string>& names) {
   for (const std::string& name : names) {
-    there_.erase(name);
+    present_.erase(name);
   }
 }
 
@@ -278,14 +277,14 @@ void VersionUpdate::requireRunning() const {
 FilesByName VersionUpdate::missingByName() const {
   FilesByName missing;
   for (const auto& [file, name] : version_->files) {
-    if (there_.count(name) == 0) {
+    if (present_.count(name) == 0) {
       missing.emplace(name, file);
     }
   }
   return missing;
 }
 
-/// The names that room must not be made of.
+/// The names of files that must not be deleted to make room.
 std::set<std::string> VersionUpdate::kept() const {
   return version_->names();
 }

@@ -19,7 +19,7 @@ namespace zentrel::vistabase::ardelivery {
 
 class VersionUpdate;
 
-/// What a ModelStore shares with its updates, and these with their writers.
+/// Shared by a ModelStore, its updates and their writers.
 struct ModelStoreState {
   ModelStoreState(std::shared_ptr<StoreRoot> opened, const Capability& capability,
                   VersionCatalog::Observer observer)
@@ -27,7 +27,7 @@ struct ModelStoreState {
         entries(root->directory()),
         catalog(*root, entries, capability, std::move(observer)) {}
 
-  /// The update that has begun and not ended, or null. Under the root's lock, as all that follows.
+  /// The running update, or null. Like all members below, requires the root's lock.
   std::shared_ptr<VersionUpdate> runningUpdate() const { return update.lock(); }
 
   const std::shared_ptr<StoreRoot> root;
@@ -41,7 +41,7 @@ class VersionUpdate final : public PartOwner, public std::enable_shared_from_thi
  public:
   explicit VersionUpdate(std::shared_ptr<ModelStoreState> store) : store_(std::move(store)) {}
 
-  /// To be called once, first. If it throws, the update has ended.
+  /// Call once, before anything else. If it throws, the update has ended.
   void begin(int number, const std::vector<ModelFile>& files, Room room);
 
   std::vector<ModelFile> missing();
@@ -50,20 +50,20 @@ class VersionUpdate final : public PartOwner, public std::enable_shared_from_thi
   std::int64_t totalBytes();
   std::int64_t remainingBytes();
   void cancel() noexcept { isCancelled_ = true; }
-  /// Ends the update and its writers. Not under the root's lock.
+  /// Ends the update and closes its writers. Call without the root's lock.
   void end() noexcept;
 
   void place(const PartPlan& part, std::int64_t bytes) override;
   void requireRunning() const override;
 
-  // Under the root's lock:
+  // These require the root's lock:
 
   int number() const noexcept { return version_->number; }
   std::set<std::string> names() const { return version_->names(); }
-  /// The names of the parts of missing files.
+  /// The names of the missing files' parts.
   std::set<std::string> parts() const;
-  /// Forgets that these files are there.
-  void lose(const std::set<std::string>& names);
+  /// Makes these files count as missing.
+  void markMissing(const std::set<std::string>& names);
 
  private:
   FilesByName missingByName() const;
@@ -75,7 +75,7 @@ class VersionUpdate final : public PartOwner, public std::enable_shared_from_thi
 
   const std::shared_ptr<ModelStoreState> store_;
   std::shared_ptr<const Version> version_;  // Set before anyone else sees the update.
-  std::set<std::string> there_;             // Names of files. Under the root's lock.
+  std::set<std::string> present_;           // Names of files. Guarded by the root's lock.
   std::atomic<bool> hasEnded_{false};
   std::atomic<bool> isCancelled_{false};
 };

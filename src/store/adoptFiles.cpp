@@ -11,7 +11,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-// Keys with more slashes than that are not looked for.
+// Raw caches turn slashes in keys into directories; deeper ones are not searched.
 constexpr std::size_t kDeepest = 32;
 
 void find(IDirectory& directory, std::vector<std::string> path, const std::set<std::int64_t>& sizes,
@@ -33,7 +33,7 @@ void find(IDirectory& directory, std::vector<std::string> path, const std::set<s
   }
 }
 
-/// Calls `use` with the directory of a file and its name there.
+/// Calls `use` with the directory of a file and its name in it.
 template <class Use>
 auto inDirectory(IDirectory& root, const FoundFile& file, const Use& use) {
   std::unique_ptr<IDirectory> directory;
@@ -43,8 +43,8 @@ auto inDirectory(IDirectory& root, const FoundFile& file, const Use& use) {
   return use(directory ? *directory : root, file.path.back());
 }
 
-/// The digest of a file that is still the one that was found. Empty if it is not, or cannot be
-/// read.
+/// Returns the digest of a file, or an empty string if it has changed since it was found or cannot
+/// be read.
 std::string digestOf(IDirectory& root, const FoundFile& file, const NewDigest& newDigest,
                      FunctionRef<void()> checkpoint) {
   try {
@@ -60,7 +60,7 @@ std::string digestOf(IDirectory& root, const FoundFile& file, const NewDigest& n
     if (error.isShortage()) {
       throw;
     }
-    return "";  // Such as a bad sector. What it should have been is fetched.
+    return "";  // A bad sector, say: the file is fetched instead.
   }
 }
 

@@ -11,7 +11,7 @@
 #include "store/IDisk.h"
 #include "support/util/FunctionRef.h"
 
-/// Files that lie below a root already, and may have the content of files that are asked for.
+/// Reuse of files already below a root that have the content of files to be fetched.
 namespace zentrel::vistabase::ardelivery {
 
 /// A regular file with one name, somewhere below a root.
@@ -20,28 +20,27 @@ struct FoundFile {
   FileStatus status;
 };
 
-/// Those of one of these sizes, but for `excluded` names, the cache's own files, and hidden ones
-/// that are no parts.
+/// Finds files with one of these sizes, except those under `excluded` names, the cache's own files,
+/// and hidden files other than parts.
 std::vector<FoundFile> findFiles(IDirectory& root, const std::set<std::int64_t>& sizes,
                                  const std::set<std::string>& excluded);
 
-/// Files by their names in the root.
+/// Files by name in the root.
 using FilesByName = std::map<std::string, ModelFile>;
 
-/// A file that was found, and the name of the file whose content it has.
+/// A file that was found, and the name that its content should have.
 struct Adoption {
   FoundFile file;
   std::string name;
 };
 
-/// Which of the files that were found have the content of missing ones. Reads them, and calls
-/// `checkpoint`, which may throw, from time to time. A file that has changed or cannot be read is
-/// left out.
+/// Selects the files that have the content of missing ones, by reading them. Calls `checkpoint`,
+/// which may throw, once per buffer. Skips files that have changed or cannot be read.
 std::vector<Adoption> matchFiles(IDirectory& root, const std::vector<FoundFile>& found,
                                  FilesByName missing, const NewDigest& newDigest,
                                  FunctionRef<void()> checkpoint);
 
-/// Syncs such a file and gives it its name. False if it is not the one that was found any more.
+/// Syncs such a file and renames it. Returns false if it has changed since it was found.
 bool adoptFile(IDirectory& root, const Adoption& adoption);
 
 }  // namespace zentrel::vistabase::ardelivery

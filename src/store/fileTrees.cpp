@@ -15,7 +15,7 @@ void removeQuietly(IDirectory& directory, const std::string& name) noexcept {
   try {
     removeTree(directory, name);
   } catch (const std::exception&) {
-    // The failure that led here is the one to tell.
+    // The caller is already reporting a failure.
   }
 }
 
@@ -98,19 +98,19 @@ std::optional<std::string> readSmallFile(IDirectory& directory, const std::strin
 
 void replaceFile(IDirectory& root, const std::string& temporary, IDirectory& directory,
                  const std::string& name, std::string_view bytes, Durability durability) {
-  const bool isLasting = durability == Durability::Lasting;
+  const bool isSynced = durability == Durability::Synced;
   try {
     const auto file = createFresh(root, temporary);
     file->append(bytes.data(), bytes.size());
-    if (isLasting) {
+    if (isSynced) {
       file->sync();
     }
     renameOver(root, temporary, directory, name);
   } catch (...) {
-    removeQuietly(root, temporary);  // It may hold the room that is missing.
+    removeQuietly(root, temporary);  // Free its space on a full disk.
     throw;
   }
-  if (isLasting) {
+  if (isSynced) {
     directory.sync();
   }
 }

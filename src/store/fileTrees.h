@@ -8,40 +8,40 @@
 
 #include "store/IDisk.h"
 
-/// What the stores do with whole files and directories.
+/// Operations on whole files and directory trees.
 namespace zentrel::vistabase::ardelivery {
 
-/// The sum, or the largest number if that is less. Neither may be negative.
+/// Adds two sizes, neither of them negative, saturating at the largest number.
 constexpr std::int64_t addSizes(std::int64_t left, std::int64_t right) noexcept {
   return left > INT64_MAX - right ? INT64_MAX : left + right;
 }
 
-/// Bytes of a regular file, or of all regular files below a directory; 0 for anything else.
+/// The size of a regular file, or of all regular files below a directory, in bytes; 0 for anything
+/// else.
 std::int64_t sizeOf(IDirectory& directory, const std::string& name, const FileStatus& status);
 
-/// Removes a file, or a directory with all that is in it; of a link, the link. False if nothing has
-/// the name.
+/// Removes a file, a link (not its target), or a directory and everything in it. Returns false if
+/// the name does not exist.
 bool removeTree(IDirectory& directory, const std::string& name);
 
-/// As IDirectory::create, in place of whatever has the name.
+/// Like IDirectory::create, but replaces whatever has the name.
 std::unique_ptr<IFile> createFresh(IDirectory& directory, const std::string& name);
 
-/// As IDirectory::rename, in place of whatever has the new name, a directory too.
+/// Like IDirectory::rename, but replaces even a directory.
 void renameOver(IDirectory& directory, const std::string& from, IDirectory& toDirectory,
                 const std::string& to);
 
-/// The most bytes that a file of the store's own, or an entry's extra bytes, may have.
+/// The size limit of a store's own file, and of an entry's extra bytes.
 constexpr std::int64_t kLargestOwnFile = std::int64_t{16} << 20;
 
-/// The bytes of a small file; none if nothing has the name. Throws StoreError, as Damaged for what
-/// is no regular file or too large.
+/// Reads a small file; nullopt if the name does not exist. Throws StoreError (Damaged) if it is not
+/// a regular file or too large.
 std::optional<std::string> readSmallFile(IDirectory& directory, const std::string& name);
 
-/// Whether files written are to outlast a power cut.
-enum class Durability { Lasting, Unsynced };
+/// Whether a file must survive a power cut once written.
+enum class Durability { Synced, Unsynced };
 
-/// Has `bytes` take the place of the file `name` of `directory` at once, by way of a file of the
-/// name `temporary` in `root`.
+/// Replaces the file `name` in `directory` atomically, by way of the file `temporary` in `root`.
 void replaceFile(IDirectory& root, const std::string& temporary, IDirectory& directory,
                  const std::string& name, std::string_view bytes, Durability durability);
 

@@ -3,7 +3,7 @@
 #include "store/OpenSslDigest.h"
 #include "store/PosixDisk.h"
 
-// The stores as a C++ program opens them. What a Java virtual machine loads has another digest.
+// How C++ programs open stores. The library that a JVM loads uses another digest instead.
 namespace zentrel::vistabase::ardelivery {
 namespace {
 

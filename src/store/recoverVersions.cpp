@@ -36,7 +36,7 @@ bool hasDigest(StoreRoot& root, const std::string& name, const std::string& sha2
 
 VersionTable recoverVersions(StoreRoot& root, const Capability& capability) {
   std::vector<IndexedVersion> versions;
-  root.readOwn(kIndexName, [&] {
+  root.readOwnFile(kIndexName, [&] {
     versions = readIndex(readSmallFile(root.directory(), kIndexName).value_or(""));
   });
   VersionTable table{capability};
@@ -44,22 +44,22 @@ VersionTable recoverVersions(StoreRoot& root, const Capability& capability) {
   for (const IndexedVersion& indexed : versions) {
     Version version{indexed.number, {}};
     std::vector<std::string> types;
-    bool isGood = true;
+    bool isIntact = true;
     for (const auto& [type, sha256, name] : indexed.files) {
       types.push_back(type);
       const auto [known, isNew] = checked.emplace(name, false);
       if (isNew) {
         known->second = hasDigest(root, name, sha256);
       }
-      isGood = isGood && known->second;
+      isIntact = isIntact && known->second;
       version.files.push_back({{type, root.directory().status(name).size, sha256}, name});
     }
-    if (isGood && types == capability.types()) {
+    if (isIntact && types == capability.types()) {
       table = table.with(std::make_shared<const Version>(std::move(version)), true);
     }
   }
   if (!table.versions.empty()) {
-    root.report("the versions were read back from the index");
+    root.report("recovered the versions from the index");
   }
   return table;
 }

@@ -5,8 +5,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// What the index tells of a root that has lost its table: the versions whose files are all there
-/// with the right bytes, which are read; the last one is active. Reports if there are any.
+/// Rebuilds a lost table from the index: the versions whose files all exist with the right digests,
+/// the last one active. Reads the files. Reports if there are any such versions.
 VersionTable recoverVersions(StoreRoot& root, const Capability& capability);
 
 }  // namespace zentrel::vistabase::ardelivery
