@@ -20,7 +20,7 @@ SnapshotPublisher::~SnapshotPublisher() {
 }
 
 void SnapshotPublisher::publish(const Snapshot& snapshot) const noexcept {
-  const jni::PendingSetAside aside;
+  const jni::ScopedPendingClear cleared;
   try {
     tryPublish(snapshot);
   } catch (...) {

@@ -29,7 +29,7 @@ void observe(const softerror::Report& report, void* vm) {
     return;
   }
   const jni::JniEnvCacher cacher(static_cast<JNIEnv*>(current));
-  const jni::PendingSetAside aside;
+  const jni::ScopedPendingClear cleared;
   try {
     dispatch(report);
   } catch (...) {

@@ -1,6 +1,6 @@
 #pragma once
 
-/// All that a host includes: the stores, the caches beneath them, and where soft errors go.
+/// The whole public interface: the stores, the caches beneath them, and the soft-error sink.
 
 #include "delivery/FileCache/createFileCache.h"
 #include "delivery/FileCache/recoverMetadata.h"

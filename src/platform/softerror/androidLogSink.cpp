@@ -7,8 +7,8 @@
 namespace softerror {
 namespace {
 
-/// The log cuts entries off at about 4,000 bytes. A message that quotes a whole file has its cause
-/// at the end, so the middle is what has to go.
+/// The log truncates entries at about 4,000 bytes. A message that quotes a whole file has its cause
+/// at the end, so the middle is dropped.
 std::string shortened(std::string message) {
   constexpr std::size_t kept = 1500;
   if (message.size() > 2 * kept) {
@@ -24,7 +24,7 @@ void platformSink(const Report& report, void* /*userData*/) {
       report.severity == Severity::Recoverable ? ANDROID_LOG_WARN : ANDROID_LOG_ERROR;
   const std::string line = std::string(report.file) + ":" + std::to_string(report.line) + ", " +
                            report.function + ": " + shortened(report.message);
-  // Not __android_log_print, whose own buffer is smaller still.
+  // Not __android_log_print, whose buffer is even smaller.
   __android_log_write(priority, report.category, line.c_str());
 }
 

@@ -11,7 +11,7 @@
 namespace softerror {
 namespace {
 
-/// A sink that may be replaced while others read it: never one's function with another's data.
+/// A sink that can be replaced while other threads read it, without mixing functions and data.
 class SharedSink {
  public:
   explicit SharedSink(Sink sink) noexcept : sink_(sink) {}
@@ -31,27 +31,25 @@ class SharedSink {
   Sink sink_;
 };
 
-// Neither is ever destroyed, since a cache may report while the process exits.
+// Neither is destroyed, since a cache may report during exit.
 SharedSink& currentSink() noexcept {
-  alignas(SharedSink) static unsigned char memory[sizeof(SharedSink)];
-  static SharedSink& sink = *new (memory) SharedSink({&platformSink, nullptr});
+  static SharedSink& sink = *new SharedSink({&platformSink, nullptr});
   return sink;
 }
 
 SharedSink& currentObserver() noexcept {
-  alignas(SharedSink) static unsigned char memory[sizeof(SharedSink)];
-  static SharedSink& observer = *new (memory) SharedSink({});
+  static SharedSink& observer = *new SharedSink({});
   return observer;
 }
 
-void give(const Report& report, const Sink& sink) noexcept {
+void deliver(const Report& report, const Sink& sink) noexcept {
   if (sink.receive == nullptr) {
     return;
   }
   try {
     sink.receive(report, sink.userData);
   } catch (...) {
-    // There is no further place to report to.
+    // There is nowhere left to report to.
   }
 }
 
@@ -81,7 +79,7 @@ void printSoftError(const char* file, const char* function, int line, Severity s
   va_copy(again, arguments);
   int length = -1;
   if (format != nullptr) {
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): a false alarm of version 14.
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): a false positive of version 14.
     length = std::vsnprintf(shortMessage, sizeof shortMessage, format, arguments);
   }
   if (length < 0) {
@@ -92,7 +90,7 @@ void printSoftError(const char* file, const char* function, int line, Severity s
       std::vsnprintf(longMessage.data(), longMessage.size() + 1, format, again);
       message = longMessage.c_str();
     } catch (const std::bad_alloc&) {
-      // The beginning of the message is better than none.
+      // A truncated message is better than none.
     }
   }
   va_end(again);
@@ -100,8 +98,8 @@ void printSoftError(const char* file, const char* function, int line, Severity s
 
   const Report report = {orNull(file),     orNull(function), line,   severity,
                          orNull(category), orNull(format),   message};
-  give(report, currentSink().get());
-  give(report, currentObserver().get());
+  deliver(report, currentSink().get());
+  deliver(report, currentObserver().get());
 }
 
 }  // namespace softerror

@@ -1,48 +1,48 @@
 #pragma once
 
-/// The soft-error sink: the one way in which the library reports a failure that it survives.
+/// The soft-error sink: the only place where the library reports failures that it recovers from.
 namespace softerror {
 
-/// How bad a report is. The numbers are what a sink sees and stores; they are not to change.
+/// The severity of a report. Sinks see and store the numbers, which must not change.
 enum class Severity : int {
-  Recoverable = 1,  ///< An operation failed and gave its neutral result.
-  Assertion = 2,    ///< A promise of the code itself was broken.
+  Recoverable = 1,  ///< An operation failed and returned its neutral result.
+  Assertion = 2,    ///< An invariant of the code was violated.
 };
 
-/// One report, valid only during the call of the sink. No pointer is null.
+/// One report, valid only while the sink runs. No pointer is null.
 struct Report {
-  const char* file;      ///< Where the code that reports is.
-  const char* function;  ///< Which function reports.
+  const char* file;      ///< The reporting source file.
+  const char* function;  ///< The reporting function.
   int line;              ///< The line in the file.
-  Severity severity;     ///< How bad it is.
-  const char* category;  ///< The part of the library; a tag for the log.
-  const char* format;    ///< The printf-style format, as the reporting code gave it.
+  Severity severity;     ///< The severity.
+  const char* category;  ///< The part of the library, as a log tag.
+  const char* format;    ///< The printf-style format of the message.
   const char* message;   ///< The formatted message.
 };
 
-/// Receives reports, on the thread that reports; several threads may be in it at once. An exception
-/// that it throws is dropped.
+/// Receives reports, on the thread that reports; several threads may call it at once. Exceptions
+/// that it throws are ignored.
 struct Sink {
-  /// Null for no sink.
+  /// The function to call.
   void (*receive)(const Report& report, void* userData) = nullptr;
-  void* userData = nullptr;  ///< Passed to each call. It is never freed here.
+  void* userData = nullptr;  ///< Passed to each call. Never freed by the library.
 };
 
-/// Writes a report where the platform keeps its log: the system log on Android, elsewhere one line
-/// on standard error. The user data is not used.
+/// Writes a report to the platform's log: the system log on Android, elsewhere one line on standard
+/// error. Ignores the user data.
 void platformSink(const Report& report, void* userData);
 
-/// Sends all further reports to `sink`, or to `platformSink` when its function is null. Returns the
-/// sink that was in place, which may still be running on another thread: keep its user data until
-/// no such thread can be inside it. May be called from any thread.
+/// Sends all further reports to `sink`, or to `platformSink` if its function is null. Returns the
+/// previous sink, which may still be running on another thread: keep its user data alive until no
+/// thread can be inside it. Thread-safe.
 Sink setSink(Sink sink) noexcept;
 
-/// Has `observer` receive all further reports too, after the sink, or nothing when its function is
-/// null. Otherwise as `setSink`.
+/// Sends all further reports to `observer` too, after the sink; to none if its function is null.
+/// Otherwise like `setSink`.
 void setObserver(Sink observer) noexcept;
 
-/// Formats a report and hands it to the sink. Never throws, whatever the arguments: a null text is
-/// replaced by "(null)", a format that cannot be formatted is reported as it stands.
+/// Formats a report and passes it to the sink. Never throws, whatever the arguments: null strings
+/// become "(null)", and a format that fails is reported unformatted.
 void printSoftError(const char* file, const char* function, int line, Severity severity,
                     const char* category, const char* format, ...) noexcept
     __attribute__((format(printf, 6, 7)));

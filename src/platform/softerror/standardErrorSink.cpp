@@ -6,8 +6,8 @@
 namespace softerror {
 namespace {
 
-/// How many bytes, at the beginning of the text, are a character that a terminal would obey rather
-/// than show: 1 for those of ASCII, 2 for U+0080 to U+009F in UTF-8, 0 for any other.
+/// The length in bytes of the control character that begins the text: 1 for ASCII, 2 for U+0080 to
+/// U+009F in UTF-8, 0 for any other character.
 int controlLength(const char* text) {
   const auto first = static_cast<unsigned char>(text[0]);
   if (first < 0x20 || first == 0x7F) {
@@ -32,8 +32,8 @@ void appendEscaped(std::string& line, char byte) {
   }
 }
 
-/// A message may quote a whole file, or a name that anybody chose; a report stays one line of text
-/// all the same.
+/// Escapes control characters: a message may quote a whole file or a hostile name, but a report
+/// must stay one line of text.
 void appendOnOneLine(std::string& line, const char* text) {
   while (*text != '\0') {
     int escaped = controlLength(text);

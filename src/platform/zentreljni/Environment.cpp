@@ -8,7 +8,8 @@
 namespace zentrel::jni {
 namespace {
 
-/// Of the environment of each thread. Android before 10 loads no library that has a thread_local.
+/// The key of each thread's environment. Not a thread_local: Android before 10 does not load
+/// libraries that have one.
 pthread_key_t key() {
   static const pthread_key_t created = [] {
     pthread_key_t made;

@@ -7,7 +7,7 @@
 
 namespace zentrel::jni {
 
-/// Records the environment of the current thread while it lives. Scopes nest.
+/// Records the JNI environment of the current thread for its own lifetime. Nests.
 class JniEnvCacher {
  public:
   explicit JniEnvCacher(JNIEnv* env) noexcept;
@@ -19,22 +19,22 @@ class JniEnvCacher {
   JNIEnv* const outer_;
 };
 
-/// The recorded environment of the current thread. There is one in every native that this library
-/// wraps, and in `initialize`; elsewhere this throws std::logic_error.
+/// Returns the recorded environment of the current thread. Every native method that this library
+/// wraps has one, and so does `initialize`; throws std::logic_error elsewhere.
 JNIEnv* environment();
 
-/// Stands, in native code, for the managed exception that is pending on the current thread. Let it
-/// pass to the native's boundary, where the managed exception stays as it is.
+/// Represents, in native code, the managed exception pending on the current thread. Let it
+/// propagate to the native method's boundary, which leaves the managed exception pending.
 class PendingJavaException : public std::exception {
  public:
   const char* what() const noexcept override;
 };
 
-/// Throws PendingJavaException when a managed exception is pending. To be called after each JNI
-/// function that may raise one.
+/// Throws PendingJavaException if a managed exception is pending. Call it after each JNI function
+/// that may raise one.
 void throwIfPending();
 
-/// Owns a local reference, or none, and deletes it on the thread that made it.
+/// Owns a local reference, or none. Must be destroyed on the thread that created the reference.
 template <class T>
 class LocalRef {
  public:
@@ -56,7 +56,7 @@ class LocalRef {
   T get() const noexcept { return reference_; }
   explicit operator bool() const noexcept { return reference_ != nullptr; }
 
-  /// Gives up the reference, for a native to return.
+  /// Releases ownership, for a native method to return the reference.
   T release() noexcept { return std::exchange(reference_, nullptr); }
   void swap(LocalRef& other) noexcept { std::swap(reference_, other.reference_); }
 
@@ -64,7 +64,8 @@ class LocalRef {
   T reference_ = nullptr;
 };
 
-/// Takes over the result of a JNI function that gives null exactly when it failed.
+/// Takes ownership of the result of a JNI function that returns null only on failure. Throws
+/// PendingJavaException if it failed.
 template <class T>
 LocalRef<T> checkedLocal(T reference) {
   LocalRef<T> owner(reference);
@@ -72,16 +73,16 @@ LocalRef<T> checkedLocal(T reference) {
   return owner;
 }
 
-/// While it lives, nothing is pending, so that JNI functions may be called. At its end, what was
-/// pending before is again, in place of what has come up since.
-class PendingSetAside {
+/// Clears a pending exception so that JNI functions may be called, and restores it when destroyed,
+/// discarding any exception raised since.
+class ScopedPendingClear {
  public:
-  PendingSetAside() : env_(environment()), pending_(env_->ExceptionOccurred()) {
+  ScopedPendingClear() : env_(environment()), pending_(env_->ExceptionOccurred()) {
     env_->ExceptionClear();
   }
-  PendingSetAside(const PendingSetAside&) = delete;
-  PendingSetAside& operator=(const PendingSetAside&) = delete;
-  ~PendingSetAside() {
+  ScopedPendingClear(const ScopedPendingClear&) = delete;
+  ScopedPendingClear& operator=(const ScopedPendingClear&) = delete;
+  ~ScopedPendingClear() {
     env_->ExceptionClear();
     if (pending_) {
       env_->Throw(pending_.get());

@@ -17,24 +17,24 @@ constexpr const char* kOutOfMemory = "java/lang/OutOfMemoryError";
 constexpr const char* kIllegalArgument = "java/lang/IllegalArgumentException";
 constexpr const char* kRuntime = "java/lang/RuntimeException";
 
-/// Looked up once per class. Not with the lock held: the look-up may run managed code, which may
-/// wait for a thread that wants to raise something itself.
+/// Looks each class up once. Without the lock held: the look-up may run managed code, which may
+/// wait for a thread that is itself raising an exception.
 const JavaConstructor& constructorOf(const char* className) {
   static std::mutex& mutex = *new std::mutex;
-  static auto& kept = *new std::map<std::string, JavaConstructor, std::less<>>;
+  static auto& cache = *new std::map<std::string, JavaConstructor, std::less<>>;
   {
     const std::lock_guard<std::mutex> lock(mutex);
-    const auto found = kept.find(std::string_view(className));
-    if (found != kept.end()) {
+    const auto found = cache.find(std::string_view(className));
+    if (found != cache.end()) {
       return found->second;
     }
   }
   const JavaConstructor constructor(className, "(Ljava/lang/String;)V");
   const std::lock_guard<std::mutex> lock(mutex);
-  return kept.emplace(className, constructor).first->second;
+  return cache.emplace(className, constructor).first->second;
 }
 
-/// Not ThrowNew, which takes modified UTF-8 and must not be given arbitrary bytes.
+/// Not through ThrowNew, which takes modified UTF-8 and must not be given arbitrary bytes.
 void raise(const char* className, const std::string& message) {
   const JavaConstructor& constructor = constructorOf(className);
   const LocalRef<jobject> exception = constructor(make_jstring(message).get());
@@ -77,7 +77,7 @@ void translatePendingCppExceptionToJavaException() noexcept {
   try {
     raiseHandledException();
   } catch (...) {
-    // No memory for the exception: the JVM says so itself, or is told to.
+    // Out of memory, which the JVM has already raised, or else is told to.
     if (env->ExceptionCheck() == JNI_FALSE) {
       const LocalRef<jclass> type(env->FindClass(kOutOfMemory));
       if (type) {

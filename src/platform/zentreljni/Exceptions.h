@@ -6,15 +6,15 @@
 
 namespace zentrel::jni {
 
-/// Raises a managed exception (class name in slash form, any bytes as message), then throws
-/// PendingJavaException for it. A class that cannot be found leaves the JVM's own error.
+/// Raises a managed exception (class name in slash form, arbitrary bytes as message), then throws
+/// PendingJavaException. If the class is not found, the JVM's own error is raised instead.
 [[noreturn]] void throwNewJavaException(const char* className, const std::string& message);
 
-/// Throws java.lang.NullPointerException "NAME must not be null" when an argument is null.
+/// Throws java.lang.NullPointerException "NAME must not be null" if the argument is null.
 void requireNonNull(jobject argument, const char* name);
 
-/// To be called in a handler for any exception: raises the managed exception that corresponds to
-/// the one being handled, unless one is pending already.
+/// Call it in a catch-all handler: raises the managed exception that corresponds to the exception
+/// being handled, unless one is already pending.
 ///   std::bad_alloc          java.lang.OutOfMemoryError
 ///   std::invalid_argument   java.lang.IllegalArgumentException
 ///   other std::exception    java.lang.RuntimeException

@@ -40,9 +40,9 @@ void setNativePointer(jobject destructor, std::unique_ptr<HybridBase> peer) {
                               static_cast<jlong>(reinterpret_cast<std::intptr_t>(peer.release())));
 }
 
-/// Held from reading a pointer to pinning its peer, and by what ends the owner's share: a peer that
-/// is found is there. Neither for as long as a call takes, nor while a peer is deleted. Never
-/// destroyed: the collector's thread goes on while the process ends.
+/// Held from reading a pointer to pinning its peer, and by deleteNative, so that a peer cannot be
+/// deleted in between. Not held during calls, nor while a peer is destroyed. Never destroyed, since
+/// the collector's thread keeps running during exit.
 std::mutex& pinning() {
   static std::mutex& mutex = *new std::mutex;
   return mutex;
@@ -76,7 +76,7 @@ Pinned<HybridBase> HybridData::pin(jobject destructor) {
 void HybridData::deleteNative(JNIEnv* env, jclass, jlong pointer) noexcept {
   const JniEnvCacher cacher(env);
   const Pinned<HybridBase> owned(toPeer(pointer));
-  // Whoever has read the pointer before it was cleared has pinned the peer once this is passed.
+  // Once this is locked, every thread that read the pointer before it was cleared has pinned it.
   const std::lock_guard<std::mutex> lock(pinning());
 }
 

@@ -9,9 +9,8 @@
 
 namespace zentrel::jni {
 
-/// The base of every native peer. A peer is owned by a managed object and by each call that is
-/// inside it; the last of them destroys it through this destructor, on its own thread or on the
-/// collector's.
+/// The base of every native peer. A peer is owned jointly by its managed object and by each call in
+/// progress on it; the last owner destroys it, on that owner's thread or on the collector's.
 class HybridBase {
  public:
   HybridBase() = default;
@@ -25,25 +24,25 @@ class HybridBase {
   std::atomic<int> owners_{1};
 };
 
-/// Ends a call's share of a peer.
+/// Releases a call's ownership of a peer.
 struct Unpin {
   void operator()(HybridBase* peer) const noexcept;
 };
 
-/// A peer for the time of a call. It outlives the release of its managed object by another thread.
+/// A peer, kept alive during a call even if another thread releases its managed object.
 template <class Peer>
 using Pinned = std::unique_ptr<Peer, Unpin>;
 
-/// The managed com.zentrel.jni.HybridData, owner of a native peer.
+/// The managed com.zentrel.jni.HybridData, which owns a native peer.
 struct HybridData {
-  /// A new HybridData that owns `peer`. If it cannot be made, the peer is deleted.
+  /// Creates a HybridData that owns `peer`. Deletes the peer if that fails.
   static LocalRef<jobject> own(std::unique_ptr<HybridBase> peer);
 
-  /// The peer of a managed object that derives from com.zentrel.jni.HybridClassBase and is not
-  /// null. Throws java.lang.NullPointerException when the object was released.
+  /// Returns the peer of a managed object, which derives from com.zentrel.jni.HybridClassBase and
+  /// is not null. Throws java.lang.NullPointerException if the object was released.
   static Pinned<HybridBase> peerOf(jobject self);
 
-  /// Registers the natives of the managed class. Called once, by `initialize`.
+  /// Registers the class's native methods. Called once, by `initialize`.
   static void registerNatives();
 
  private:
@@ -51,7 +50,7 @@ struct HybridData {
   static void JNICALL deleteNative(JNIEnv* env, jclass type, jlong pointer) noexcept;
 };
 
-/// The peer of a managed hybrid object, which must be a `Peer`; std::invalid_argument otherwise.
+/// Returns the peer of a managed hybrid object. Throws std::invalid_argument if it is not a `Peer`.
 template <class Peer>
 Pinned<Peer> peerOf(jobject self) {
   Pinned<HybridBase> any = HybridData::peerOf(self);

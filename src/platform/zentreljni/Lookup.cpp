@@ -45,7 +45,7 @@ jfieldID findField(const char* className, const char* name, const char* descript
 }
 
 JavaConstructor::JavaConstructor(const char* className, const char* descriptor) {
-  // The lasting reference comes last, so that it is not lost when the constructor is not there.
+  // The global reference comes last, so that it does not leak if there is no such constructor.
   const LocalRef<jclass> type = findClass(className);
   constructor_ = findMethod(type.get(), "<init>", descriptor);
   type_ = promote(type);
@@ -55,11 +55,11 @@ void registerNatives(const char* className, std::initializer_list<NativeMethod> 
   std::vector<JNINativeMethod> table;
   table.reserve(methods.size());
   for (const NativeMethod& method : methods) {
-    // Some versions of jni.h declare the texts as char*; they are only read.
+    // Some versions of jni.h declare the strings as char*, but only read them.
     table.push_back(
         {const_cast<char*>(method.name), const_cast<char*>(method.descriptor), method.function});
   }
-  // Kept for good, so that the class is there for as long as its natives are.
+  // Never released, so that the class is not unloaded while it has native methods.
   const jclass type = findClassStatic(className);
   const jint result =
       environment()->RegisterNatives(type, table.data(), static_cast<jint>(table.size()));

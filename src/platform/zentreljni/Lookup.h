@@ -4,19 +4,19 @@
 
 #include "platform/zentreljni/Environment.h"
 
-/// Managed classes: look-ups of their members, registration of their natives. Each throws
-/// PendingJavaException when the name is not there. Keep results of look-ups in function-local
-/// statics: one per process, tried again if it failed.
+/// Looks up members of managed classes and registers native methods. Every function throws
+/// PendingJavaException if the name does not exist. Keep results in function-local statics: looked
+/// up once per process, and retried after a failure.
 namespace zentrel::jni {
 
-/// The class, as a global reference for the life of the process.
+/// Returns the class, as a global reference that is never released.
 jclass findClassStatic(const char* name);
 
 jmethodID findMethod(jclass type, const char* name, const char* descriptor);
 jmethodID findStaticMethod(jclass type, const char* name, const char* descriptor);
 
-/// Valid for as long as the class is, which no reference to it has to ensure: classes that native
-/// code names live as long as it does.
+/// The field ID is valid while the class is loaded. That takes no reference: the classes that
+/// native code names live as long as the native code.
 jfieldID findField(const char* className, const char* name, const char* descriptor);
 
 /// A constructor of a managed class.
@@ -34,14 +34,14 @@ class JavaConstructor {
   jclass type_;
 };
 
-/// A native of a managed class: its name, its descriptor, and the function that JNI calls.
+/// A native method: its name, its descriptor, and the function that JNI calls.
 struct NativeMethod {
   const char* name;
   const char* descriptor;
   void* function;
 };
 
-/// Registers natives on a managed class.
+/// Registers native methods of a managed class.
 void registerNatives(const char* className, std::initializer_list<NativeMethod> methods);
 
 }  // namespace zentrel::jni

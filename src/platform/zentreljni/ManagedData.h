@@ -9,7 +9,7 @@
 
 #include "platform/zentreljni/Environment.h"
 
-/// Managed strings, byte arrays and byte buffers, as native bytes.
+/// Conversion between managed strings, byte arrays and byte buffers and native bytes.
 namespace zentrel::jni {
 
 /// Managed strings as bytes; see support/util/Utf.h for the encoding.
@@ -18,11 +18,11 @@ struct JString {
   static std::string toStdString(jstring string);
 };
 
-/// A new managed string from any bytes.
+/// Creates a managed string from arbitrary bytes.
 LocalRef<jstring> make_jstring(const std::string& bytes);
 
-/// Reads a managed byte array. The elements are pinned while this lives and are never written
-/// back. `array` must not be null.
+/// Reads a managed byte array. Pins the elements for its lifetime and never writes them back.
+/// `array` must not be null.
 class JByteArray {
  public:
   explicit JByteArray(jbyteArray array);
@@ -33,7 +33,7 @@ class JByteArray {
   const std::uint8_t* getElements() const noexcept;
   std::size_t length() const noexcept { return length_; }
 
-  /// A copy of an array's bytes.
+  /// Returns a copy of an array's bytes.
   static std::vector<std::uint8_t> toVector(jbyteArray array);
 
  private:
@@ -44,9 +44,9 @@ class JByteArray {
 
 /// Direct byte buffers.
 struct JByteBuffer {
-  /// A new direct java.nio.ByteBuffer with these bytes, position 0 and limit `length`. It holds
-  /// them in memory of its own, which the JVM keeps for as long as the buffer or a view
-  /// of it is reachable: nothing native has to outlive it.
+  /// Creates a direct java.nio.ByteBuffer with a copy of these bytes, position 0 and limit
+  /// `length`. The JVM owns the copy and keeps it while the buffer or a view of it is reachable, so
+  /// nothing native has to outlive it.
   static LocalRef<jobject> wrapBytes(const void* data, std::size_t length);
 };
 

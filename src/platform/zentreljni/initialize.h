@@ -6,9 +6,9 @@
 
 namespace zentrel::jni {
 
-/// Readies this library on the current, attached thread and runs `onLoad`, which registers natives.
-/// Returns JNI_VERSION_1_6, or JNI_ERR when the thread has no environment or something was thrown;
-/// what was thrown is then pending as a managed exception.
+/// Initializes this library on the current, attached thread and runs `onLoad`, which registers
+/// native methods. Returns JNI_VERSION_1_6, or JNI_ERR if the thread has no environment or
+/// something was thrown, which is then pending as a managed exception.
 jint initialize(JavaVM* vm, const std::function<void()>& onLoad) noexcept;
 
 }  // namespace zentrel::jni

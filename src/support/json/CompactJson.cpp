@@ -9,8 +9,8 @@
 namespace zentrel::vistabase::ardelivery::json {
 namespace {
 
-/// For each byte whether a string may not hold it as it is. A table, since each byte that is read
-/// or written is asked for.
+/// For each byte, whether it must be escaped in a string. A table, since every byte read or written
+/// is looked up.
 constexpr std::array<bool, 256> kEscaped = [] {
   std::array<bool, 256> escaped{};
   for (std::size_t byte = 0; byte < escaped.size(); ++byte) {
@@ -89,8 +89,8 @@ bool CompactReader::readInteger(std::int64_t& value) noexcept {
   }
   const std::string_view digits = rest_.substr(0, static_cast<std::size_t>(result.ptr - begin));
   rest_.remove_prefix(digits.size());
-  // JSON has no leading zeros; and what looks like an integer may be the beginning of a double,
-  // which is found out by what the caller expects next.
+  // JSON has no leading zeros. What looks like an integer may be the beginning of a double; the
+  // caller notices that by what follows.
   const std::string_view number = digits.substr(digits.front() == '-' ? 1 : 0);
   return number.size() == 1 || number.front() != '0';
 }

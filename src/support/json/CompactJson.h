@@ -4,25 +4,25 @@
 #include <string>
 #include <string_view>
 
-/// Compact JSON text without a tree of values in between. The metadata is read and written again by
-/// each operation of the cache, and a tree would be most of what an operation computes: several
-/// values for each entry. The punctuation and the names of members are the caller's.
+/// Reads and writes compact JSON without building a tree. Every operation of the cache reads and
+/// rewrites the metadata, and a tree, with several values per entry, would dominate its CPU time.
+/// The caller handles punctuation and member names.
 namespace zentrel::vistabase::ardelivery::json {
 
-/// Appends any bytes as a string: what JSON wants escaped is escaped, as short as it can be, and
-/// all else is kept.
+/// Appends arbitrary bytes as a string. Escapes what JSON requires, with the shortest escapes, and
+/// nothing else.
 void appendString(std::string& text, std::string_view value);
 
 void appendInteger(std::string& text, std::int64_t value);
 
-/// Reads what has been written by these functions, as far as no string needed an escape. What it
-/// accepts, `parse` accepts with the same result; it is no judge of the rest.
+/// Reads what these functions wrote, unless a string needed an escape. Everything that it accepts,
+/// `parse` accepts with the same result; what it rejects may still be valid.
 class CompactReader {
  public:
   explicit CompactReader(std::string_view text) noexcept : rest_(text) {}
 
-  /// Each moves past what it read, and returns whether that was there. After a failure the place is
-  /// undefined, except for `skip`, which stays.
+  /// Each advances past what it reads, or returns false if that is not next. After a failure the
+  /// position is unspecified, except that `skip` does not move.
   bool skip(std::string_view punctuation) noexcept;
   bool readString(std::string_view& value) noexcept;
   bool readInteger(std::int64_t& value) noexcept;

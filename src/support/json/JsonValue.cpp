@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kScalar = "int/double/bool/string";
 
-/// The double next to a JSON number, as strtod rounds it, whatever locale the process has set.
+/// The double nearest to a JSON number, as strtod rounds it, in any locale of the process.
 double nearestDouble(std::string_view number) {
   static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
   const locale_t previous = uselocale(plain);
@@ -27,7 +27,7 @@ double nearestDouble(std::string_view number) {
   return nearest;
 }
 
-/// Receives what the parser finds, and makes a value of it.
+/// The parser's handler, which builds a value.
 class Builder {
  public:
   static constexpr std::size_t max_object_size = boost::json::object::max_size();
@@ -39,8 +39,8 @@ class Builder {
   using Text = boost::json::string_view;
 
   explicit Builder(unsigned char* scratch, std::size_t size) : stack_({}, scratch, size) {
-    // A document is read once and dropped. Its values share a few blocks, which saves a fifth (of a
-    // small index) to a third of the instructions that reading takes.
+    // A document is read once and dropped. Allocating its values from a few blocks saves a fifth
+    // (of a small index) to a third of the instructions that reading takes.
     constexpr std::size_t block = 8192;
     stack_.reset(boost::json::make_shared_resource<boost::json::monotonic_resource>(block));
   }
@@ -66,15 +66,15 @@ class Builder {
   static bool on_comment(Text, Code&) { return true; }
 
   bool on_double(double, Text text, Code&) {
-    // The parser's own double may be off by one bit, and it rounds integers that are too large for
-    // it. The text is whole, since it comes from one buffer.
+    // The parser's own double may be off by one bit, and it rounds integers that are too large. The
+    // text is complete, since it comes from one buffer.
     const bool isInteger = text.find_first_of(".eE") == Text::npos;
     return stack_.push_double(isInteger ? kOutOfRange : nearestDouble(text)), true;
   }
 
  private:
-  // What JSON has no text for. It fails when it is converted, and does no harm in a member that
-  // nobody reads.
+  // A value that no JSON text has. Converting it fails; in a member that nobody reads it is
+  // harmless.
   static constexpr double kOutOfRange = std::numeric_limits<double>::quiet_NaN();
 
   boost::json::value_stack stack_;
@@ -90,9 +90,9 @@ Error typeError(const char* expected, const JsonValue& value) {
 }
 
 /// The shortest text that reads back as the same value, with an exponent where that is shorter.
-/// Not by std::to_chars, whose tables for doubles would be a fifth of the library that apps ship.
+/// Not std::to_chars, whose tables for doubles would make up a fifth of the library that apps ship.
 std::string toDecimal(double number) {
-  std::string text = boost::json::serialize(JsonValue(number));  // As in -1.25E-3.
+  std::string text = boost::json::serialize(JsonValue(number));  // Such as -1.25E-3.
   const std::size_t mark = text.find('E');
   if (mark == std::string::npos) {
     return text;
@@ -108,7 +108,7 @@ std::string toDecimal(double number) {
     fixed.insert(whole, ".");
   } else if (constexpr double limit = 18446744073709551616.0; std::fabs(number) < limit) {
     fixed =
-        std::to_string(static_cast<std::uint64_t>(std::fabs(number)));  // 2^53 and more in full.
+        std::to_string(static_cast<std::uint64_t>(std::fabs(number)));  // All digits from 2^53 on.
   } else {
     fixed.resize(whole, '0');
   }
@@ -117,7 +117,7 @@ std::string toDecimal(double number) {
   return sign + (fixed.size() <= scientific.size() ? fixed : scientific);
 }
 
-/// Null when there is no such member.
+/// Returns null if there is no such member.
 const JsonValue* find(const JsonValue& object, std::string_view name) {
   if (!object.is_object()) {
     throw typeError("object", object);
@@ -163,7 +163,7 @@ JsonValue parse(std::string_view text) {
     error = boost::json::error::extra_data;
   }
   if (error) {
-    // The exception that the library would throw names files and functions of the build.
+    // Not Boost's exception, whose text names files and functions of the build.
     throw Error("parse error: " + error.message() + " at byte " + std::to_string(parsed), {},
                 parsed);
   }

@@ -11,18 +11,18 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A dynamic JSON value. Integers and doubles are kept apart; strings are byte strings, which need
-/// not be valid UTF-8, since file names need not be.
+/// A dynamic JSON value. Integers and doubles are distinct. Strings are byte strings and need not
+/// be valid UTF-8, since file names need not be.
 using JsonValue = boost::json::value;
 
-/// Reading and writing of JSON documents. All errors are an Error.
+/// Reads and writes JSON documents. Every failure is an Error.
 namespace json {
 
 /// What is wrong with a document, and where.
 class Error : public std::runtime_error {
  public:
-  /// `path` names a value of the document, as in "entries[3].size"; it is empty for the root.
-  /// `byte` is how much could be read of a text that is no JSON.
+  /// `path` names a value in the document, such as "entries[3].size"; empty for the root. `byte` is
+  /// the offset of a syntax error.
   explicit Error(const std::string& cause, const std::string& path = {},
                  std::optional<std::size_t> byte = {})
       : std::runtime_error(path.empty() ? cause : path + ": " + cause),
@@ -30,7 +30,7 @@ class Error : public std::runtime_error {
         path_(path),
         byte_(byte) {}
 
-  /// The same error under another text.
+  /// The same error with another message.
   Error(const std::string& text, const Error& other)
       : std::runtime_error(text), cause_(other.cause_), path_(other.path_), byte_(other.byte_) {}
 
@@ -38,7 +38,7 @@ class Error : public std::runtime_error {
   const std::string& path() const noexcept { return path_; }
   const std::optional<std::size_t>& byte() const noexcept { return byte_; }
 
-  /// The same error, as one of a value whose path began at `parent`.
+  /// The same error, with its path prefixed by `parent`.
   Error within(const std::string& parent) const {
     return Error(cause_, path_.empty() ? parent : parent + '.' + path_, byte_);
   }
@@ -49,27 +49,28 @@ class Error : public std::runtime_error {
   std::optional<std::size_t> byte_;
 };
 
-/// Parses a whole document strictly.
+/// Parses a complete document, strictly.
 JsonValue parse(std::string_view text);
 
-/// The value as compact text.
+/// Prints a value compactly.
 std::string write(const JsonValue& value);
 
-/// A string as it is, an integer in decimal, a double in the shortest text that reads back as the
-/// same double, a boolean as 1 or 0. Throws for any other kind and for a number out of range.
+/// Returns a string unchanged, an integer in decimal, a double as the shortest text that reads back
+/// as the same double, a boolean as 1 or 0. Throws for any other kind, and for a number out of
+/// range.
 std::string toString(const JsonValue& value);
 
-/// An integer as it is, a boolean as 1 or 0, a double without a fraction, a string that is wholly a
+/// Converts an integer, a boolean (to 1 or 0), a double without a fraction, or a string that is a
 /// decimal integer. Throws for any other kind and for a number that does not fit.
 std::int64_t toInt64(const JsonValue& value);
 
-/// As `toInt64`, for a signed 32-bit integer.
+/// Like `toInt64`, for a signed 32-bit integer.
 std::int32_t toInt32(const JsonValue& value);
 
-/// The member of that name; throws when `object` is not an object or has no such member.
+/// Returns the member of that name. Throws if `object` is not an object or has no such member.
 const JsonValue& member(const JsonValue& object, std::string_view name);
 
-/// The same as `convert` gives it; what that throws tells which member.
+/// The same, converted by `convert`, whose errors get the member's name in their path.
 template <class Convert>
 auto member(const JsonValue& object, std::string_view name, const Convert& convert) {
   const JsonValue& value = member(object, name);
@@ -80,15 +81,16 @@ auto member(const JsonValue& object, std::string_view name, const Convert& conve
   }
 }
 
-/// Throws unless `object` is an object that has all of these members: for a reader that looks up
-/// several before it converts the first.
+/// Throws unless `object` is an object with all of these members. For readers that look up several
+/// members before converting the first.
 void requireMembers(const JsonValue& object, std::initializer_list<std::string_view> names);
 
-/// The member of that name, which must be an array, for `forEach`. A missing one counts as null.
+/// Returns the member of that name, which must be an array; a missing one counts as null. For
+/// `forEach`.
 const boost::json::array& arrayMember(const JsonValue& object, std::string_view name);
 
-/// Calls `read` with each element of the member of that name, which must be an array; what `read`
-/// throws tells which element.
+/// Calls `read` with each element of the member of that name, which must be an array. Errors of
+/// `read` get the element in their path.
 template <class Read>
 void forEach(const JsonValue& object, std::string_view name, const Read& read) {
   std::size_t index = 0;
@@ -102,11 +104,11 @@ void forEach(const JsonValue& object, std::string_view name, const Read& read) {
   }
 }
 
-/// For a catch block: throws what was caught as an Error whose text quotes the whole document.
+/// Call it in a catch block: rethrows as an Error whose message quotes the whole document.
 [[noreturn]] void rethrowQuoting(const std::string& text);
 
-/// Runs `read`, which reads the document `text`, and returns its result. Whatever fails is thrown
-/// as an Error whose text quotes the whole document.
+/// Returns the result of `read`, which reads the document `text`. Any failure is thrown as an Error
+/// whose message quotes the whole document.
 template <class Read>
 auto readDocument(const std::string& text, const Read& read) {
   try {

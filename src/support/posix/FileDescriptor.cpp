@@ -7,7 +7,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// `transfer` moves up to the given count of bytes at the given offset, as read(2) and write(2) do.
+/// `transfer` is given an offset and a count, and moves up to that many bytes as read(2) does.
 template <class Transfer>
 ssize_t transferFully(std::size_t count, const Transfer& transfer) {
   std::size_t done = 0;

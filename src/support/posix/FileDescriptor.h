@@ -8,7 +8,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Makes a system call again for as long as a signal interrupts it.
+/// Repeats a system call as long as signals interrupt it.
 template <class Call>
 auto retryOnInterrupt(const Call& call) -> decltype(call()) {
   for (;;) {
@@ -30,22 +30,22 @@ class FileDescriptor {
   int get() const noexcept { return descriptor_; }
   bool isOpen() const noexcept { return descriptor_ >= 0; }
 
-  /// Closes the descriptor now; false when that failed, or when there was none.
+  /// Closes the descriptor. Returns false if that failed, or if there was none.
   bool close() noexcept;
 
-  /// Gives the descriptor up, to another owner.
+  /// Transfers ownership to the caller.
   int release() noexcept { return std::exchange(descriptor_, -1); }
 
  private:
   int descriptor_;
 };
 
-/// Reads until `count` bytes have arrived or the file ends, across interruptions and short reads.
-/// Returns the number of bytes read, or -1 after an error.
+/// Reads `count` bytes, or up to the end of the file, across interruptions and short reads. Returns
+/// the number of bytes read, or -1 on error.
 ssize_t readFully(int descriptor, void* buffer, std::size_t count) noexcept;
 
-/// Writes until `count` bytes are written, across interruptions and short writes. Returns the
-/// number of bytes written, or -1 after an error.
+/// Writes `count` bytes, across interruptions and short writes. Returns the number of bytes
+/// written, or -1 on error.
 ssize_t writeFully(int descriptor, const void* buffer, std::size_t count) noexcept;
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -7,8 +7,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Calls `take` with each name in the rest of an open directory, without "." and "..". Returns 0,
-/// or the errno that ended it.
+/// Calls `take` with each remaining name in an open directory except "." and "..". Returns 0, or
+/// the errno of a failure.
 template <class Take>
 int listNames(DIR* directory, const Take& take) {
   errno = 0;
@@ -22,7 +22,7 @@ int listNames(DIR* directory, const Take& take) {
   return errno;
 }
 
-/// For the owner of an open directory.
+/// A std::unique_ptr deleter.
 struct DirectoryCloser {
   void operator()(DIR* directory) const noexcept { ::closedir(directory); }
 };

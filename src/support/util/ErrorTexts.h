@@ -7,19 +7,19 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The message under which an operation reports what failed inside it.
+/// The messages under which an operation reports failures inside it.
 struct ErrorTexts {
-  std::string_view prefix;   ///< Stands before the text of a std::exception.
+  std::string_view prefix;   ///< Precedes the text of a std::exception.
   std::string_view unknown;  ///< The whole message for anything else that was thrown.
 
-  /// The message for a cause; null stands for anything that is not a std::exception.
+  /// The message for a cause; null means anything that is not a std::exception.
   std::string operator()(const char* cause) const {
     return cause == nullptr ? std::string(unknown) : std::string(prefix) + cause;
   }
 };
 
-/// Runs `body` and replaces whatever it throws by a std::runtime_error with the text that
-/// `describe` (an ErrorTexts, or any function of the cause like it) gives.
+/// Runs `body` and replaces whatever it throws with a std::runtime_error whose text `describe` (an
+/// ErrorTexts, or a similar function of the cause) returns.
 template <class Describe, class Body>
 auto rethrowDescribed(const Describe& describe, const Body& body) -> decltype(body()) {
   try {

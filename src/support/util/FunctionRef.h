@@ -9,8 +9,8 @@ namespace zentrel::vistabase::ardelivery {
 template <class Signature>
 class FunctionRef;
 
-/// Something that can be called, for the time of a call that it is passed to. Unlike std::function
-/// it owns nothing, and costs no more than a pointer to a function.
+/// A reference to a callable, for parameters: valid only during the call that it is passed to.
+/// Unlike std::function it owns nothing, and costs no more than a function pointer.
 template <class Result, class... Arguments>
 class FunctionRef<Result(Arguments...)> {
  public:

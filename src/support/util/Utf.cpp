@@ -15,8 +15,8 @@ bool isLowSurrogate(char32_t unit) {
   return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-/// What a first byte promises: how many bytes follow, its own bits, and the range of the second
-/// byte (which rules out overlong forms and numbers beyond U+10FFFF).
+/// What a lead byte says: how many bytes follow, its payload bits, and the range of the second byte
+/// (which excludes overlong forms and code points beyond U+10FFFF).
 struct Lead {
   int following;
   char32_t bits;

@@ -7,17 +7,17 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// UTF-16, as managed strings hold it, to UTF-8, as file names are written: a character beyond
-/// U+FFFF becomes four bytes, U+0000 one zero byte, and an unpaired surrogate the three bytes that
-/// its number gives, so that it survives a round trip.
+/// Converts UTF-16, as in managed strings, to UTF-8, as in file names. A character beyond U+FFFF
+/// becomes four bytes, U+0000 one zero byte. An unpaired surrogate is encoded in three bytes like
+/// any other code point, so that it survives a round trip.
 std::string utf16ToUtf8(std::u16string_view text);
 
-/// Any bytes to UTF-16. Surrogates in three bytes are kept; each other malformed sequence (a
-/// maximal beginning of a well-formed one, or a single byte) becomes U+FFFD.
+/// Converts arbitrary bytes to UTF-16. Surrogates encoded in three bytes are kept; every other
+/// malformed sequence (a maximal prefix of a well-formed one, or a single byte) becomes U+FFFD.
 std::u16string utf8ToUtf16(std::string_view bytes);
 
-/// The character at `position`, which is moved past it. None, and moved past what is malformed, as
-/// `utf8ToUtf16` understands that: a surrogate in three bytes is a character here.
+/// Decodes the character at `position` and advances past it. Returns nullopt for a malformed
+/// sequence as defined by `utf8ToUtf16`, and advances past that.
 std::optional<char32_t> decodeUtf8(std::string_view bytes, std::size_t& position);
 
 }  // namespace zentrel::vistabase::ardelivery

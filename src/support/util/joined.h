@@ -19,7 +19,7 @@ inline void append(std::string& text, std::int64_t number) {
 
 }  // namespace detail
 
-/// A text of texts and integers, which fit 64 bits with a sign.
+/// Concatenates strings and integers, which must fit a signed 64-bit integer.
 template <class... Parts>
 std::string joined(const Parts&... parts) {
   std::string text;

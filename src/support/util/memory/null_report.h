@@ -5,11 +5,11 @@
 namespace quovix::detail {
 
 /// Reports a non-null reference that holds null as a soft error of severity 2. `file` and `line`
-/// name the check; they are fixed, so that reports from all builds of an app can be counted
+/// identify the check; they are constants, so that reports from all builds of an app can be counted
 /// together.
 void reportNull(const char* file, const char* function, int line) noexcept;
 
-/// As above, with the text that `describe` composes, or none when there is no memory for it.
+/// The same, with the text that `describe` returns, or none if out of memory.
 template <class Describe>
 void reportNull(const char* file, const Describe& describe, int line) noexcept {
   try {

@@ -11,33 +11,33 @@
 /// Owning references that promise not to be null.
 namespace quovix {
 
-/// Shared ownership of an object that promises to be there: a std::shared_ptr that is never null.
+/// Shared ownership of an object that promises to exist: a std::shared_ptr that is never null.
 ///
-/// The promise is tested, not enforced: each access and each move assignment of a reference that
-/// holds null (built from null, or moved from) is reported as a soft error, and execution goes on
-/// with the null pointer.
+/// The promise is checked, not enforced: each access through a reference that holds null (built
+/// from null, or moved from), and each move assignment of one, is reported as a soft error, and
+/// execution continues with the null pointer.
 template <class T>
 class shared_ref {
  public:
-  /// What it refers to.
+  /// The type of the object.
   using element_type = T;
 
-  /// Takes the place of a pointer.
+  /// Takes over a pointer.
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   shared_ref(std::shared_ptr<U> pointer) noexcept : pointer_(std::move(pointer)) {}
-  /// Takes the place of a pointer that is the only one.
+  /// Takes over a unique pointer.
   template <
       class U, class D,
       class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, D>, std::shared_ptr<T>>>>
   shared_ref(std::unique_ptr<U, D> pointer) : pointer_(std::move(pointer)) {}
-  /// To a base of what the other refers to.
+  /// Converts to a base class.
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   shared_ref(shared_ref<U> other) noexcept : pointer_(std::move(other.pointer_)) {}
 
   shared_ref(const shared_ref&) noexcept = default;             ///< Shares the object.
-  shared_ref(shared_ref&&) noexcept = default;                  ///< Leaves the other one with null.
+  shared_ref(shared_ref&&) noexcept = default;                  ///< Leaves null in the other one.
   shared_ref& operator=(const shared_ref&) noexcept = default;  ///< Shares the object.
-  /// Leaves the other one with null; reports null.
+  /// Leaves null in the other one. Reports null.
   shared_ref& operator=(shared_ref&& other) noexcept {
     pointer_ = std::move(other.pointer_);
     invariant_();
@@ -45,15 +45,15 @@ class shared_ref {
   }
   ~shared_ref() = default;
 
-  /// The object; reports null.
+  /// Returns the object. Reports null.
   T* get() const noexcept {
     invariant_();
     return pointer_.get();
   }
-  T* operator->() const noexcept { return get(); }  ///< As `get`.
-  T& operator*() const noexcept { return *get(); }  ///< As `get`.
+  T* operator->() const noexcept { return get(); }  ///< Like `get`.
+  T& operator*() const noexcept { return *get(); }  ///< Like `get`.
 
-  /// The pointer inside, for interfaces that share ownership by std::shared_ptr.
+  /// Returns the pointer inside, for interfaces that take a std::shared_ptr. Reports null.
   const std::shared_ptr<T>& pointer() const noexcept {
     invariant_();
     return pointer_;
@@ -78,7 +78,7 @@ class shared_ref {
   std::shared_ptr<T> pointer_;
 };
 
-/// A reference to a new object.
+/// Creates an object and returns a reference to it.
 template <class T, class... Arguments>
 shared_ref<T> make_shared_ref(Arguments&&... arguments) {
   return std::make_shared<T>(std::forward<Arguments>(arguments)...);

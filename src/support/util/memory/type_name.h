@@ -6,7 +6,7 @@
 
 namespace quovix::detail {
 
-/// The type's full name as the compiler prints it inside a function's signature:
+/// The full name of the type, as the compiler prints it in a function signature:
 /// "... [with T = NAME; ...]" from g++, "... [T = NAME]" from clang.
 template <class T>
 std::string_view compilerTypeName() {
@@ -16,18 +16,18 @@ std::string_view compilerTypeName() {
   return signature.substr(begin, signature.find_first_of(";]", begin) - begin);
 }
 
-/// The type's full name, the same under every compiler.
+/// The full name of the type, the same with every compiler.
 template <class T>
 struct TypeName {
   static std::string get() { return std::string(compilerTypeName<T>()); }
 };
 
-/// "NAME<A, B>", with a space before the closing bracket where it follows another one.
+/// "NAME<A, B>", with a space between two closing brackets.
 inline std::string templateName(const std::string& name, const std::string& arguments) {
   return name + "<" + arguments + (arguments.back() == '>' ? " >" : ">");
 }
 
-/// Written out because compilers and standard libraries disagree about it.
+/// Spelled out because compilers and standard libraries disagree on it.
 template <class T>
 struct TypeName<std::default_delete<T>> {
   static std::string get() { return templateName("std::default_delete", TypeName<T>::get()); }

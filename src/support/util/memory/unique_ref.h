@@ -10,30 +10,30 @@
 
 namespace quovix {
 
-/// Sole ownership of an object that promises to be there: a std::unique_ptr that is never null.
+/// Sole ownership of an object that promises to exist: a std::unique_ptr that is never null.
 ///
-/// The promise is tested, not enforced: each access and each move assignment of a reference that
-/// holds null (built from null, or moved from) is reported as a soft error, and execution goes on
-/// with the null pointer.
+/// The promise is checked, not enforced: each access through a reference that holds null (built
+/// from null, or moved from), and each move assignment of one, is reported as a soft error, and
+/// execution continues with the null pointer.
 template <class T, class D = std::default_delete<T>>
 class unique_ref {
  public:
-  /// What it refers to.
+  /// The type of the object.
   using element_type = T;
 
-  /// Takes the place of a pointer.
+  /// Takes over a pointer.
   template <
       class U, class E,
       class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
   unique_ref(std::unique_ptr<U, E> pointer) noexcept : pointer_(std::move(pointer)) {}
-  /// To a base of what the other refers to.
+  /// Converts to a base class.
   template <
       class U, class E,
       class = std::enable_if_t<std::is_convertible_v<std::unique_ptr<U, E>, std::unique_ptr<T, D>>>>
   unique_ref(unique_ref<U, E>&& other) noexcept : pointer_(std::move(other.pointer_)) {}
 
-  unique_ref(unique_ref&&) noexcept = default;  ///< Leaves the other one with null.
-  /// Leaves the other one with null; reports null.
+  unique_ref(unique_ref&&) noexcept = default;  ///< Leaves null in the other one.
+  /// Leaves null in the other one. Reports null.
   unique_ref& operator=(unique_ref&& other) noexcept {
     pointer_ = std::move(other.pointer_);
     invariant_();
@@ -41,15 +41,15 @@ class unique_ref {
   }
   ~unique_ref() = default;
 
-  /// The object; reports null.
+  /// Returns the object. Reports null.
   T* get() const noexcept {
     invariant_();
     return pointer_.get();
   }
-  T* operator->() const noexcept { return get(); }  ///< As `get`.
-  T& operator*() const noexcept { return *get(); }  ///< As `get`.
+  T* operator->() const noexcept { return get(); }  ///< Like `get`.
+  T& operator*() const noexcept { return *get(); }  ///< Like `get`.
 
-  /// Gives up the object, for interfaces that take ownership by std::unique_ptr.
+  /// Releases the object, for interfaces that take a std::unique_ptr.
   std::unique_ptr<T, D> release() && noexcept { return std::move(pointer_); }
 
   /// Reports a null pointer.
@@ -72,7 +72,7 @@ class unique_ref {
   std::unique_ptr<T, D> pointer_;
 };
 
-/// A reference to a new object.
+/// Creates an object and returns a reference to it.
 template <class T, class... Arguments>
 unique_ref<T> make_unique_ref(Arguments&&... arguments) {
   return std::make_unique<T>(std::forward<Arguments>(arguments)...);
