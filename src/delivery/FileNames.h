@@ -2,25 +2,25 @@
 
 #include <string_view>
 
-/// The names of all files below a root that are not entries.
+/// The names of all files in a root that are not entries.
 namespace zentrel::vistabase::ardelivery {
 
-// Of the file cache and the model caches, directly below the root.
+// Files of the file cache and the model caches, directly in the root.
 constexpr const char* kMetadataName = "metadata.json";
 constexpr const char* kExtraName = "extra";
 constexpr const char* kIndexName = "versioned_index";  ///< An entry; its key is the same.
 
-/// What a metadata file that cannot be read is renamed to.
+/// The new name of a metadata file that cannot be read.
 constexpr const char* kDamagedMetadataName = ".metadata.json.damaged";
 
-// Of the stores. All of them begin with a dot, and so are no entries.
-constexpr const char* kLockName = ".lock";       ///< The number of the process that has the root.
+// Files of the stores. All begin with a dot, so that they are not entries.
+constexpr const char* kLockName = ".lock";       ///< The ID of the process that has the root.
 constexpr const char* kMarkerName = ".store";    ///< What the root holds.
 constexpr const char* kTableName = ".versions";  ///< The versions of a model store.
 
-constexpr std::string_view kPartPrefix = ".part-";      ///< Before the name of an entry.
-constexpr std::string_view kResumePrefix = ".resume-";  ///< Before the digest of an entry's bytes.
-constexpr std::string_view kNewPrefix = ".new-";        ///< Before the name of an own file.
+constexpr std::string_view kPartPrefix = ".part-";      ///< Followed by the name of an entry.
+constexpr std::string_view kResumePrefix = ".resume-";  ///< Followed by the content's digest.
+constexpr std::string_view kNewPrefix = ".new-";        ///< Followed by the file to replace.
 constexpr std::string_view kNewExtraName = ".new-extra";
 
 /// Whether `name` begins with `prefix`.
@@ -28,12 +28,12 @@ constexpr bool beginsWith(std::string_view name, std::string_view prefix) noexce
   return name.substr(0, prefix.size()) == prefix;
 }
 
-/// Whether a file of that name, directly below a root, is neither an entry nor hidden.
+/// Whether a file of that name, directly in a root, is neither an entry nor hidden.
 constexpr bool isReserved(std::string_view name) noexcept {
   return name == kMetadataName || name == kExtraName || name == kIndexName;
 }
 
-/// Whether a store counts what has that name, directly below its root, as an entry.
+/// Whether a store counts a file or directory of that name, directly in its root, as an entry.
 constexpr bool isEntryName(std::string_view name) noexcept {
   return !beginsWith(name, ".") && !isReserved(name);
 }

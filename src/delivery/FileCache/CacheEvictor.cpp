@@ -15,9 +15,8 @@ std::vector<std::string> CacheEvictor::selectKeysToEvict(const ICacheMetadata& m
   std::sort(entries.begin(), entries.end(), [](const auto& left, const auto& right) {
     return left.second.lastAccess < right.second.lastAccess;
   });
-  // Locks are not looked at, and that has to stay so: no lock outlives a reload, and a cache full
-  // of entries that a writer has left locked must still come down to its budget. What protects an
-  // entry is its access time alone.
+  // Deliberately ignores locks: no lock outlives a reload, and a cache full of entries that a
+  // writer left locked must still shrink to its budget. Only its access time protects an entry.
   for (auto& [name, entry] : entries) {
     names.push_back(std::move(name));
     remaining = wrappingSubtract(remaining, entry.size);

@@ -8,7 +8,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// Why a file of that name, below the root, is not for a key; null when it is.
+/// Why a key must not have that file name below the root; null if it may.
 const char* whyRefused(const std::string& name) {
   if (name.find('\0') != std::string::npos) {
     return "its file's name would be cut short at a zero byte";
@@ -31,7 +31,7 @@ const char* whyRefused(const std::string& name) {
   return nullptr;
 }
 
-/// The key as text, whose end is not at a zero byte.
+/// The key in quotes, with zero bytes made visible.
 std::string quoted(const std::string& key) {
   std::string text = "'";
   for (const char character : key) {
@@ -50,7 +50,7 @@ std::string escapeKey(const std::string& key) {
     if (special.find(character) != std::string_view::npos) {
       name += '%';
     }
-    // The character itself, not its code: the names of what lies on disk depend on it.
+    // The character itself, not its code: the names of existing files depend on it.
     name += character;
   }
   return name;

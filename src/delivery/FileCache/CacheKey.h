@@ -4,17 +4,16 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The name of a key's file below the root: each of " * / : < > ? | \ gets a percent sign before
-/// it and is itself kept, so that a/b is the file b in the directory a%. Escaping twice escapes
-/// twice.
+/// The file name of a key, relative to the root: each of " * / : < > ? | \ is preceded by a percent
+/// sign and itself kept, so that a/b is the file b in the directory a%. Not idempotent.
 std::string escapeKey(const std::string& key);
 
-/// Whether a key is not for a file: it would be the root itself, lie outside it, have its name cut
-/// short at a zero byte, or be one of the cache's own.
+/// Whether a key must not name a file: it would be the root itself, be outside the root, be
+/// truncated at a zero byte, or be one of the cache's own files.
 bool isRefused(const std::string& key);
 
-/// As `escapeKey`, for a key that a caller gives. Throws std::runtime_error, which quotes the key
-/// and says why, when it is refused.
+/// Like `escapeKey`, for a key from a caller. Throws std::runtime_error, with the key and the
+/// reason, if the key is refused.
 std::string fileNameOf(const std::string& key);
 
 }  // namespace zentrel::vistabase::ardelivery

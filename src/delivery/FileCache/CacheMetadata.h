@@ -9,11 +9,11 @@ namespace zentrel::vistabase::ardelivery {
 /// The records in a hash table.
 class CacheMetadata final : public ICacheMetadata {
  public:
-  /// Without any record.
+  /// Without records.
   CacheMetadata() = default;
 
-  /// Of several records of one name, the first is kept. The total counts them all: it is the sum
-  /// of what the metadata file says, until the next change.
+  /// If several records have one name, keeps the first. The total counts all of them: until the
+  /// next change, it is the sum of what the metadata file says.
   explicit CacheMetadata(std::vector<std::pair<std::string, CacheMetadataEntry>> entries);
 
   std::int64_t getTotalSize() const override;

@@ -17,17 +17,17 @@ SynchronizationResult CacheMetadataFilesystemSynchronizer::synchronize(
     std::unique_ptr<ICacheMetadata> metadata, const boost::filesystem::path& root,
     const std::unordered_set<std::string>& ignoredNames) {
   auto entries = metadata->getEntries();
-  // Of the names, those without a record are to remain. A record whose name is not there is gone;
-  // two records of one name are alike in that.
+  // Leaves in `names` those without a record. A record is stale if its name does not exist; records
+  // with the same name are treated alike.
   std::unordered_set<std::string> names = filesystem_->listDirectory(root);
   std::unordered_set<std::string> recorded;
   recorded.reserve(entries.size());
-  const auto isGone = [&names, &recorded](const auto& record) {
+  const auto isStale = [&names, &recorded](const auto& record) {
     auto node = names.extract(record.first);
     return node.empty() ? recorded.count(record.first) == 0
                         : (recorded.insert(std::move(node)), false);
   };
-  const auto firstGone = std::remove_if(entries.begin(), entries.end(), isGone);
+  const auto firstStale = std::remove_if(entries.begin(), entries.end(), isStale);
 
   std::vector<std::pair<std::string, CacheMetadataEntry>> added;
   for (const std::string& name : names) {
@@ -38,10 +38,10 @@ SynchronizationResult CacheMetadataFilesystemSynchronizer::synchronize(
       added.emplace_back(name, entry);
     }
   }
-  if (added.empty() && firstGone == entries.end()) {
+  if (added.empty() && firstStale == entries.end()) {
     return {std::move(metadata), false};
   }
-  entries.erase(firstGone, entries.end());
+  entries.erase(firstStale, entries.end());
   std::move(added.begin(), added.end(), std::back_inserter(entries));
   return {std::make_unique<CacheMetadata>(std::move(entries)), true};
 }

@@ -6,10 +6,9 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Lists the root and measures what is new in it, and nothing else.
+/// Lists the root and measures only new entries.
 class CacheMetadataFilesystemSynchronizer final : public ICacheMetadataFilesystemSynchronizer {
  public:
-  /// `filesystem` lists and measures.
   explicit CacheMetadataFilesystemSynchronizer(
       quovix::shared_ref<IFilesystemOperations> filesystem) noexcept;
 

@@ -12,25 +12,26 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-// The second text says "descriptor": collectors match reports by it.
+// The second text says "descriptor" because report collectors match on it.
 constexpr ErrorTexts kSerializeErrors{
     "Serializing the cache metadata failed with exception: ",
     "Serializing the cache descriptor failed",
 };
 
-// The document as it is written: {"entries":[{"key":"a","size":5,"lastAccess":7},{...}]}
+// The document as written: {"entries":[{"key":"a","size":5,"lastAccess":7},{...}]}
 constexpr std::string_view kBegin = R"({"entries":[)";
 constexpr std::string_view kKey = R"({"key":)";
 constexpr std::string_view kSize = R"(,"size":)";
 constexpr std::string_view kLastAccess = R"(,"lastAccess":)";
 constexpr std::string_view kEnd = "]}";
 
-// What a record takes of it, roughly, when its key is as long as the names of model files are.
+// The approximate length of a record whose key is as long as a model file's name.
 constexpr std::size_t kRecordLength = 80;
 
 using Records = std::vector<std::pair<std::string, CacheMetadataEntry>>;
 
-/// Reads a document that is exactly as `serialize` writes it, the usual one; false for any other.
+/// Reads a document in exactly the form that `serialize` writes, as most are. Returns false for any
+/// other.
 bool readAsWritten(const std::string& text, Records& records) {
   json::CompactReader reader(text);
   if (!reader.skip(kBegin)) {

@@ -4,8 +4,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// JSON: {"entries":[{"key":"a","size":5,"lastAccess":1700000000000}]}. Readers find members by
-/// name and ignore others. Stateless.
+/// JSON: {"entries":[{"key":"a","size":5,"lastAccess":1700000000000}]}. Members are read by
+/// name, and unknown ones ignored. Stateless.
 class CacheMetadataSerializer final : public ICacheMetadataSerializer {
  public:
   std::string serialize(const ICacheMetadata& metadata) override;

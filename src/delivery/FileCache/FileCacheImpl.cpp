@@ -33,7 +33,7 @@ FileCacheImpl::~FileCacheImpl() {
     try {
       saveMetadata(*metadata_);
     } catch (...) {
-      // A destructor has nobody to tell.
+      // A destructor cannot report it.
     }
   }
 }
@@ -50,8 +50,8 @@ std::shared_ptr<FileCacheEntry> FileCacheImpl::insertAndLock(const std::string& 
 void FileCacheImpl::commit(const std::string& key) {
   const std::string name = fileNameOf(key);
   const std::uint64_t size = filesystem_->getSize(pathOf(name));
-  // The other form escapes the name a second time, so that the size of a key with a special
-  // character is recorded nowhere: only the reload that adopts such a file records it.
+  // The overload escapes the name a second time, so the size of a key with a special character is
+  // not recorded; only the reload that adopts the file does that.
   commit(name, static_cast<std::int64_t>(size));
 }
 
@@ -60,7 +60,7 @@ void FileCacheImpl::commit(const std::string& key, std::int64_t size) {
   ensureLoaded();
   metadata_->setEntrySize(name, size);
   for (const std::string& evicted : evictor_->selectKeysToEvict(*metadata_)) {
-    // As if it were a key: a name with a special character is not found so, and its entry stays.
+    // Escapes the name as if it were a key, so entries with special characters are never evicted.
     removeEntry(escapeKey(evicted));
   }
   saveMetadata(*metadata_);
@@ -120,7 +120,7 @@ std::vector<std::pair<std::string, FileCacheEntryMeta>> FileCacheImpl::getAllMet
 
 IFileCache::MemContainsStatus FileCacheImpl::memContains(const std::string& key) {
   ensureLoaded();
-  // A refused key is no error here: that it is absent answers the question.
+  // A refused key is not an error here; it is simply absent.
   const std::string name = escapeKey(key);
   if (isRefused(key) || !metadata_->hasEntry(name)) {
     return MemContainsStatus::Absent;
@@ -149,7 +149,7 @@ void FileCacheImpl::clear() {
 void FileCacheImpl::flushExtra() {}
 
 /// Never sets `loaded_`: files come and go behind the cache's back, and callers rely on every
-/// operation starting from the disk.
+/// operation starting from disk.
 void FileCacheImpl::ensureLoaded() {
   if (!loaded_) {
     metadata_ = loadMetadata();

@@ -17,13 +17,13 @@ namespace zentrel::vistabase::ardelivery {
 /// The file cache over one root directory:
 ///   ROOT/NAME           an entry, a file or a directory; NAME is the escaped key
 ///   ROOT/metadata.json  the records
-///   ROOT/extra/NAME     an entry's extra bytes, where it has any
+///   ROOT/extra/NAME     an entry's extra bytes, if it has any
 ///
-/// Each operation is a fixed sequence of calls on the components. What a component throws passes
-/// through; the disk then stays as far as the operation got.
+/// Each operation is a fixed sequence of calls on the components. Their exceptions propagate, and
+/// leave the operation partly done on disk.
 class FileCacheImpl : public IFileCache {
  public:
-  /// Touches no file.
+  /// Does no I/O.
   FileCacheImpl(const std::string& root, quovix::unique_ref<IFileIO> fileIO,
                 quovix::unique_ref<ICacheMetadataSerializer> serializer,
                 quovix::unique_ref<ICacheMetadataFilesystemSynchronizer> synchronizer,

@@ -7,12 +7,12 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Decides what has to go for the cache to fit its budget. It only chooses; the cache deletes.
+/// Selects what to evict so that the cache fits its budget. The cache does the deleting.
 class ICacheEvictor {
  public:
   virtual ~ICacheEvictor() = default;
 
-  /// The names to remove, in the order in which to remove them.
+  /// Returns the names to remove, in order of removal.
   virtual std::vector<std::string> selectKeysToEvict(const ICacheMetadata& metadata) = 0;
 };
 

@@ -11,11 +11,11 @@ namespace zentrel::vistabase::ardelivery {
 struct CacheMetadataEntry {
   std::int64_t size = 0;        ///< Bytes.
   std::int64_t lastAccess = 0;  ///< Milliseconds since the Unix epoch, by the system clock.
-  bool locked = false;          ///< In memory only; a lock does not outlive a reload.
+  bool locked = false;          ///< In memory only; lost on reload.
 };
 
-/// Sums of sizes that come from a file and may be anything: they wrap around, which signed
-/// arithmetic may not.
+/// Adds sizes that come from a file and may have any value: wraps around, where signed arithmetic
+/// would be undefined.
 inline std::int64_t wrappingAdd(std::int64_t left, std::int64_t right) noexcept {
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(left) +
                                    static_cast<std::uint64_t>(right));
@@ -26,17 +26,17 @@ inline std::int64_t wrappingSubtract(std::int64_t left, std::int64_t right) noex
                                    static_cast<std::uint64_t>(right));
 }
 
-/// The records of all entries by name, with the running total of their sizes. Names are as their
-/// files are named, that is escaped. Operations on an absent name do nothing, except lockEntry.
+/// The records of all entries by name, with the running total of their sizes. Names are file names,
+/// that is, escaped keys. Operations on an absent name do nothing, except lockEntry.
 class ICacheMetadata {
  public:
   virtual ~ICacheMetadata() = default;
 
-  /// Bytes. Sums wrap around: a metadata file may carry any sizes.
+  /// Returns the total in bytes. It wraps around, since a metadata file may contain any sizes.
   virtual std::int64_t getTotalSize() const = 0;
 
-  /// Locks the record, or adds a locked one of size 0, accessed now. The access time of an
-  /// existing record stays.
+  /// Locks the record without changing its access time, or adds a locked one of size 0, accessed
+  /// now.
   virtual void lockEntry(const std::string& name) = 0;
   /// Clears the lock.
   virtual void unlockEntry(const std::string& name) = 0;
@@ -52,7 +52,7 @@ class ICacheMetadata {
   /// Drops every record.
   virtual void clearEntries() = 0;
 
-  /// A copy of every record, in no particular order.
+  /// Returns a copy of every record, in no particular order.
   virtual std::vector<std::pair<std::string, CacheMetadataEntry>> getEntries() const = 0;
 };
 

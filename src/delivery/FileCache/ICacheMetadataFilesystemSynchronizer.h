@@ -9,21 +9,21 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The outcome of a synchronization.
+/// The result of a synchronization.
 struct SynchronizationResult {
-  std::unique_ptr<ICacheMetadata> metadata;  ///< What to use from now on; never null.
-  bool changed;                              ///< Whether it differs from what was passed in.
+  std::unique_ptr<ICacheMetadata> metadata;  ///< The records to use from now on; never null.
+  bool changed;                              ///< Whether they differ from those passed in.
 };
 
-/// Reconciles the records with what really lies in the root directory.
+/// Reconciles the records with the actual contents of the root directory.
 class ICacheMetadataFilesystemSynchronizer {
  public:
   virtual ~ICacheMetadataFilesystemSynchronizer() = default;
 
-  /// Adds a record for each file or directory that has none (measured, unlocked, last accessed at
-  /// 0 and so the first to be evicted), except for `ignoredNames` and names that begin with a dot;
-  /// drops the records of those that are gone. Failures to list or measure are thrown, and the
-  /// metadata is lost with them.
+  /// Adds a record for each file or directory without one (measured, unlocked, last accessed at 0
+  /// and so evicted first), except `ignoredNames` and names that begin with a dot. Drops the
+  /// records of those that no longer exist. Throws if listing or measuring fails; the metadata is
+  /// then lost.
   virtual SynchronizationResult synchronize(
       std::unique_ptr<ICacheMetadata> metadata, const boost::filesystem::path& root,
       const std::unordered_set<std::string>& ignoredNames) = 0;

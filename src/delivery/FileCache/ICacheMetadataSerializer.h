@@ -12,10 +12,10 @@ class ICacheMetadataSerializer {
  public:
   virtual ~ICacheMetadataSerializer() = default;
 
-  /// The text of the metadata, without the locks.
+  /// Returns the text of the metadata, without the locks.
   virtual std::string serialize(const ICacheMetadata& metadata) = 0;
 
-  /// New metadata with the entries of `text`, all unlocked; the empty text has none.
+  /// Returns new metadata with the entries in `text`, all unlocked; none for an empty text.
   virtual quovix::unique_ref<ICacheMetadata> deserialize(const std::string& text) = 0;
 };
 

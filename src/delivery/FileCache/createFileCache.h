@@ -8,8 +8,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A file cache over `root` with a budget of `maxSize` bytes. None of its operations throws: a
-/// failure is reported as one soft error and answered with a neutral result. Touches no file.
+/// Creates a file cache over `root` with a budget of `maxSize` bytes. None of its operations
+/// throws: each failure is reported as one soft error, and a neutral result returned. Does no I/O.
 std::shared_ptr<IFileCache> createFileCache(const std::string& root, std::int64_t maxSize);
 
 }  // namespace zentrel::vistabase::ardelivery

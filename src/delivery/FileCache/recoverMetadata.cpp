@@ -36,13 +36,13 @@ MetadataRecovery recoverMetadata(const std::string& root, IFileIO& fileIO,
     return MetadataRecovery::NothingToMend;
   }
   if (!filesystem.isFile(file) || !filesystem.isFile(aside)) {
-    filesystem.removeAll(aside);  // A rename replaces no directory.
+    filesystem.removeAll(aside);  // A rename cannot replace a directory.
   }
   fileIO.moveFile(file.string(), aside.string());
   if (isDamaged(aside, fileIO, filesystem)) {
     return MetadataRecovery::SetAside;
   }
-  // What was renamed is not what was read: a cache has replaced it in between.
+  // The file renamed is not the one read: a cache replaced it in between.
   if (filesystem.exists(file)) {
     filesystem.remove(aside);
   } else {

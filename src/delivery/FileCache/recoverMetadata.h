@@ -9,20 +9,20 @@ class IFilesystemOperations;
 
 /// What `recoverMetadata` did.
 enum class MetadataRecovery {
-  NothingToMend,  ///< The metadata file can be read, or there is none.
-  SetAside,       ///< It could not be read, and has another name now.
+  NothingToMend,  ///< The metadata file is readable, or there is none.
+  SetAside,       ///< It was unreadable and has been renamed.
 };
 
-/// Mends a root whose metadata file cannot be read as such, for which every operation of its cache
-/// fails: renames it to kDamagedMetadataName, in place of an earlier one. The next operation adopts
-/// every entry again, as not used recently; entries and their extra bytes stay.
+/// Repairs a root whose metadata file is malformed, which makes every operation of its cache fail:
+/// renames the file to ".metadata.json.damaged", replacing an earlier one. The next operation
+/// adopts every entry again, as not recently used; entries and their extra bytes are kept.
 ///
-/// Throws std::exception, with the file in its place, when it cannot be looked into (which is no
-/// proof of damage) or renamed. A cache may replace the file by a rename meanwhile, but not write
-/// it in place, as FileCacheImpl does: half of the text looks damaged.
+/// Throws std::exception, leaving the file in place, if it cannot be inspected (which does not
+/// prove damage) or renamed. Meanwhile a cache may replace the file by renaming, but must not write
+/// it in place, as FileCacheImpl does: a half-written file looks damaged.
 MetadataRecovery recoverMetadata(const std::string& root);
 
-/// The same on the given storage.
+/// The same, on the given storage.
 MetadataRecovery recoverMetadata(const std::string& root, IFileIO& fileIO,
                                  IFilesystemOperations& filesystem);
 

@@ -5,7 +5,7 @@
 namespace zentrel::vistabase::ardelivery {
 
 /// JSON: {"versions":[{"version":3,"models":[{"type":"seg_init_net.pb","cacheKey":"k1"}]}]}.
-/// Readers find members by name and ignore others. Stateless.
+/// Members are read by name, and unknown ones ignored. Stateless.
 class CacheDescriptorSerializer final : public ICacheDescriptorSerializer {
  public:
   std::string serialize(const CacheDescriptor& descriptor) override;

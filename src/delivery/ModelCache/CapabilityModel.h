@@ -7,14 +7,14 @@ namespace zentrel::vistabase::ardelivery {
 
 /// A model that a caller adds to a version.
 struct CapabilityModel {
-  std::string cacheKey;  ///< Key of a file that is in the file cache already.
-  std::string type;      ///< Serialized name of its model type.
+  std::string cacheKey;  ///< The key of a file that is already in the file cache.
+  std::string type;      ///< The serialized name of its model type.
 };
 
-/// The serialized names of a capability's model types, by the type's number.
+/// The serialized names of a capability's model types, by type number.
 using ModelTypeNames = std::unordered_map<int, std::string>;
 
-/// The cached files of one version: from model type to path.
+/// The paths of one version's cached files, by model type.
 using ModelEntries = std::unordered_map<int, std::string>;
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -14,34 +14,33 @@ class CapabilityModelTypeSerializer;
 class VersionedModelCacheImpl;
 
 /// The versions of one capability's models, over a file cache that holds the files. Failures are
-/// std::runtime_error; a missing file is none. One thread at a time.
+/// std::runtime_error; a missing file is not a failure. Not thread-safe.
 class CapabilityModelCache {
  public:
-  /// Deletes all versions but one, with the files that it does not share. Nothing is deleted when
-  /// the version to keep is not there: better too many models than none.
+  /// Deletes all versions except one, and the files that it does not share. Deletes nothing if that
+  /// version does not exist: better too many models than none.
   virtual void trimExceptVersion(int version);
 
   virtual ~CapabilityModelCache();
 
-  /// Records a cached file under the version. False when the file cache does not hold its key;
-  /// throws "Unknown serialized type: NAME" when the capability has no such model.
+  /// Records a cached file under the version. Returns false if the file cache does not have its
+  /// key. Throws "Unknown serialized type: NAME" if the capability has no such model.
   virtual bool addModelForVersionIfInCache(int version, const CapabilityModel& model);
 
-  /// Whether all files of the version are recorded and cached.
+  /// Returns whether all files of the version are recorded and cached.
   virtual bool hasModelsForVersion(int version) = 0;
 
-  /// All versions, complete or not, the last changed one last.
+  /// Returns all versions, complete or not, the most recently changed last.
   std::vector<int> queryVersions();
 
-  /// Deletes the version and those of its files that no other version shares. Nothing happens when
-  /// there is no such version.
+  /// Deletes the version, if it exists, and those of its files that no other version shares.
   void deleteVersion(int version);
 
  protected:
-  /// `typeNames` are the capability's. Touches neither the file cache nor the disk.
+  /// `typeNames` are the capability's. Accesses neither the file cache nor the disk.
   CapabilityModelCache(std::shared_ptr<IFileCache> fileCache, ModelTypeNames typeNames);
 
-  /// The version's files that are still cached; each is promoted.
+  /// Returns the version's files that are still cached, and promotes them.
   ModelEntries queryEntries(int version);
 
  private:

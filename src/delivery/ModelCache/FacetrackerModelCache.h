@@ -6,7 +6,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The files of face tracking. Stored as plain integers; the numbers overlap with those of other
+/// The model types of face tracking. Stored as plain integers, which overlap with those of other
 /// capabilities.
 enum class FacetrackerModelType : int {
   FaceTracker = 0,
@@ -15,7 +15,7 @@ enum class FacetrackerModelType : int {
   PdmMultires = 3,
 };
 
-/// Where the files of one complete version of face tracking lie.
+/// The paths of the files of a complete version of face tracking.
 struct FacetrackerModelPaths {
   std::string faceAlignPath;    ///< face_tracker_model.bin
   std::string faceDetectPath;   ///< face_detector_model.bin
@@ -34,7 +34,7 @@ inline constexpr ModelRow<FacetrackerModelPaths> kFacetrackerModels[] = {
     {int(FacetrackerModelType::PdmMultires), "pdm_multires.bin", &FacetrackerModelPaths::meshPath},
 };
 
-/// The models of face tracking.
+/// The model cache for face tracking.
 class FacetrackerModelCache final
     : public TabularModelCache<FacetrackerModelPaths, kFacetrackerModels> {
  public:

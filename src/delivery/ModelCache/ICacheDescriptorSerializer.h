@@ -10,10 +10,10 @@ namespace zentrel::vistabase::ardelivery {
 /// The text format of the index. Failures are std::runtime_error.
 class ICacheDescriptorSerializer {
  public:
-  /// The text of the index.
+  /// Returns the text of the index.
   virtual std::string serialize(const CacheDescriptor& descriptor) = 0;
 
-  /// Never null; the empty text gives an empty descriptor.
+  /// Parses an index; an empty text is an empty one. Never returns null.
   virtual std::unique_ptr<CacheDescriptor> deserialize(const std::string& text) = 0;
 
   virtual ~ICacheDescriptorSerializer() = default;

@@ -6,14 +6,14 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The files of segmentation. Stored as plain integers; the numbers overlap with those of other
+/// The model types of segmentation. Stored as plain integers, which overlap with those of other
 /// capabilities.
 enum class SegmentationModelType : int {
   InitNet = 0,
   PredictNet = 1,
 };
 
-/// Where the files of one complete version of segmentation lie.
+/// The paths of the files of a complete version of segmentation.
 struct SegmentationModelPaths {
   std::string initNetPath;     ///< seg_init_net.pb
   std::string predictNetPath;  ///< seg_predict_net.pb
@@ -26,7 +26,7 @@ inline constexpr ModelRow<SegmentationModelPaths> kSegmentationModels[] = {
      &SegmentationModelPaths::predictNetPath},
 };
 
-/// The models of segmentation.
+/// The model cache for segmentation.
 class SegmentationModelCache final
     : public TabularModelCache<SegmentationModelPaths, kSegmentationModels> {
  public:

@@ -9,18 +9,18 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A capability whose complete versions are described by a record of type `Paths`, which nobody
-/// changes once it is handed out.
+/// A capability whose complete versions are described by a record of type `Paths`, which must not
+/// be modified once returned.
 template <class Paths>
 class TypedCapabilityModelCache : public CapabilityModelCache {
  public:
-  /// Whether the version is complete.
+  /// Returns whether the version is complete.
   bool hasModelsForVersion(int version) override { return getModelPaths(version) != nullptr; }
 
-  /// Sets `out` and returns true when the version is complete; otherwise leaves it alone.
+  /// Sets `out` and returns true if the version is complete. Otherwise leaves `out` unchanged.
   virtual bool getModelsForVersion(int version, std::shared_ptr<Paths>& out) = 0;
 
-  /// The version's files as they are now, each promoted; null while one is missing.
+  /// Returns the version's current files, and promotes them; null if one is missing.
   std::shared_ptr<Paths> getModelPaths(int version) {
     return modelsFromEntries(queryEntries(version));
   }
@@ -28,20 +28,20 @@ class TypedCapabilityModelCache : public CapabilityModelCache {
  protected:
   using CapabilityModelCache::CapabilityModelCache;
 
-  /// The record of a complete set of files, or null.
+  /// Returns the record for a complete set of files, null for any other.
   virtual std::shared_ptr<Paths> modelsFromEntries(const ModelEntries& entries) = 0;
 };
 
-/// One file of a capability: its model type, the type's serialized name, and the field of the path
-/// record that holds its path.
+/// One file of a capability: its model type, that type's serialized name, and the path record's
+/// field for its path.
 template <class Paths>
 struct ModelRow {
-  int type;                  ///< The model type's number.
+  int type;                  ///< The number of the model type.
   const char* name;          ///< Its serialized name.
-  std::string Paths::*path;  ///< Where the path goes.
+  std::string Paths::*path;  ///< The field for the path.
 };
 
-/// The names of a capability's types.
+/// Returns the names of a capability's types.
 template <class Paths, std::size_t Count>
 ModelTypeNames typeNames(const ModelRow<Paths> (&rows)[Count]) {
   ModelTypeNames names;
@@ -51,15 +51,15 @@ ModelTypeNames typeNames(const ModelRow<Paths> (&rows)[Count]) {
   return names;
 }
 
-/// A capability that is wholly described by the table of its files, `Models`: an array of
-/// ModelRow<Paths> in the order of the types.
+/// A capability fully described by a table of its files, `Models`: an array of ModelRow<Paths> in
+/// type order.
 template <class Paths, const auto& Models>
 class TabularModelCache : public TypedCapabilityModelCache<Paths> {
  public:
   /// The files that make up a complete version.
   static constexpr auto& kModels = Models;
 
-  /// Over the file cache that holds the files. Touches nothing.
+  /// `fileCache` holds the files, and is not accessed yet.
   explicit TabularModelCache(std::shared_ptr<IFileCache> fileCache)
       : TypedCapabilityModelCache<Paths>(std::move(fileCache), typeNames(Models)) {}
 

@@ -10,7 +10,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-// The second text says "mode": collectors match reports by it.
+// The second text says "mode" because report collectors match on it.
 constexpr ErrorTexts kAddErrors{
     "Could not add model into the cache: ",
     "Could not add mode into the cache - unknown exception",
@@ -24,8 +24,8 @@ constexpr ErrorTexts kQueryVersionsErrors{
     "Could not query versions - unknown exception",
 };
 
-/// Names the version, so that it cannot be a constant. Nothing follows the last ": ": collectors
-/// match reports by this text.
+/// Not a constant, since it names the version. Nothing follows the last ": " because report
+/// collectors match on it.
 struct DeleteErrors {
   int version;
   std::string operator()(const char* cause) const {
@@ -64,7 +64,7 @@ ModelEntries VersionedModelCacheImpl::queryEntries(int version) {
     ensureLoaded();
     ModelEntries entries(10);
     if (const VersionRecord* const record = findVersion(version)) {
-      // A copy: whoever is told of a failed look-up may change the version from there.
+      // A copy, because a sink that is told of a failed look-up may modify the version.
       const std::vector<ModelRecord> models = record->models;
       for (const ModelRecord& model : models) {
         if (const auto entry = fileCache_->getCacheEntry(model.cacheKey)) {
@@ -131,12 +131,12 @@ void VersionedModelCacheImpl::storeDescriptor() {
     throw std::runtime_error("Could not insert the index key into the cache.");
   }
   fileIO_->writeFile(entry->path, descriptorSerializer_->serialize(*descriptor_));
-  // Never a commit: unlocking is enough for the file cache to adopt the file, and a commit could
-  // evict models for the sake of the index.
+  // Not a commit: unlocking is enough for the file cache to adopt the file, and a commit could
+  // evict models to make room for the index.
   fileCache_->unlock(kIndexKey);
 }
 
-/// Memory first: if the write fails, the next one stores what was to be stored now.
+/// Updates memory first: if the write fails, the next one stores this change too.
 void VersionedModelCacheImpl::replaceDescriptor(CacheDescriptor descriptor) {
   descriptor_ = quovix::make_unique_ref<CacheDescriptor>(std::move(descriptor));
   storeDescriptor();
@@ -166,7 +166,7 @@ void VersionedModelCacheImpl::add(int version, const ModelRecord& model) {
   }
   CacheDescriptor descriptor = *descriptor_;
   if (existing != nullptr) {
-    // This record alone: an index that holds the version twice loses nothing.
+    // Only this record, so that an index with duplicate versions loses nothing.
     descriptor.versions.erase(descriptor.versions.begin() +
                               (existing - descriptor_->versions.data()));
   }

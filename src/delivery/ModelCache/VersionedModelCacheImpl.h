@@ -15,39 +15,38 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Which cached files make up which version of a capability's models. The files are put into the
-/// file cache by others; this keeps the index of their keys, as the content of the entry
-/// "versioned_index" of the same file cache.
+/// Records which cached files make up which version of a capability's models. Others put the files
+/// into the file cache; this keeps the index of their keys, in the entry "versioned_index" of the
+/// same file cache.
 ///
-/// The index is read once per object and then served from memory: changes made to it by anyone else
-/// are not seen. A failed first load is tried again by the next operation. When the index cannot be
-/// written, memory is ahead of the disk until the next write.
+/// The index is read once per object and then served from memory: changes by anyone else are not
+/// seen. If the first load fails, the next operation retries it. If the index cannot be written,
+/// memory is ahead of the disk until the next write.
 ///
-/// Failures are std::runtime_error with a prefix that names the operation. One thread at a time.
+/// Failures are std::runtime_error with a prefix that names the operation. Not thread-safe.
 class VersionedModelCacheImpl {
  public:
-  /// Key of the index's entry. The same for every capability: each belongs in a file cache of its
-  /// own.
+  /// The key of the index entry. It is the same for every capability, so each needs its own file
+  /// cache.
   static constexpr const char* kIndexKey = kIndexName;
 
-  /// Touches neither the file cache nor the disk.
+  /// Accesses neither the file cache nor the disk.
   VersionedModelCacheImpl(std::unique_ptr<IFileIO> fileIO,
                           std::unique_ptr<ICacheDescriptorSerializer> descriptorSerializer,
                           std::shared_ptr<IFileCache> fileCache,
                           std::shared_ptr<CapabilityModelTypeSerializer> typeSerializer);
 
-  /// Records the model under the version, in place of another one of its type. False, with nothing
-  /// changed, when the file cache does not hold its key; otherwise the file is promoted.
+  /// Records the model under the version, replacing one of the same type, and promotes its file.
+  /// Returns false and changes nothing if the file cache does not have its key.
   bool addModelIfInCache(int version, const ModelRecord& model);
 
-  /// The version's files that are still cached; each is promoted.
+  /// Returns the version's files that are still cached, and promotes them.
   ModelEntries queryEntries(int version);
 
-  /// All versions, the last changed one last.
+  /// Returns all versions, the most recently changed last.
   std::vector<int> queryVersions();
 
-  /// Deletes the version and those of its files that no other version shares. Nothing happens when
-  /// there is no such version.
+  /// Deletes the version, if it exists, and those of its files that no other version shares.
   void deleteVersion(int version);
 
  private:

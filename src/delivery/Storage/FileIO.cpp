@@ -15,12 +15,12 @@ namespace {
 constexpr mode_t kMode = 0666;  // Before the umask.
 constexpr std::size_t kBufferForUnknownSize = 4096;
 
-// One text for every failure of a read or a write: those who count reports rely on it.
+// The same text for every failed read or write, because report collectors match on it.
 [[noreturn]] void throwFailed() {
   throw std::runtime_error("Could not open file.");
 }
 
-/// One byte more than the file is said to hold, so that a first short read shows its end.
+/// One byte more than the file's size, so that the first short read reveals its end.
 std::size_t initialBufferSize(off_t fileSize, std::size_t limit) {
   if (fileSize <= 0) {
     return kBufferForUnknownSize;
@@ -61,7 +61,7 @@ std::string readWhole(const std::string& path) {
 std::string FileIO::readFile(const std::string& path) {
   try {
     return readWhole(path);
-  } catch (...) {  // Memory, for a huge file.
+  } catch (...) {  // Such as bad_alloc, for a huge file.
     throwFailed();
   }
 }

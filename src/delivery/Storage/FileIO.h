@@ -4,7 +4,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Real files, over POSIX descriptors. Stateless.
+/// Real files, through POSIX calls. Stateless.
 class FileIO final : public IFileIO {
  public:
   std::string readFile(const std::string& path) override;

@@ -48,7 +48,7 @@ bool FilesystemOperations::remove(const fs::path& path) {
 }
 
 bool FilesystemOperations::removeAll(const fs::path& path) {
-  // A separator or a dot at the end would have the system follow a link, and delete its target.
+  // A trailing separator or dot would make the system follow a link and delete its target.
   const bool isWithin = path.filename_is_dot() && path.has_parent_path();
   return fs::remove_all(isWithin ? path.parent_path() : path) != 0;
 }
@@ -71,8 +71,8 @@ std::uint64_t FilesystemOperations::getSize(const fs::path& path) {
   return total;
 }
 
-// Not Boost's iterator, which puts together the whole path of each entry: the larger part of what
-// an operation of the cache costs beyond its system calls. Failures read as they do with it.
+// Not Boost's iterator, which builds the whole path of each entry: that would be most of what a
+// cache operation costs besides its system calls. Failures have the same text as with Boost's.
 std::unordered_set<std::string> FilesystemOperations::listDirectory(const fs::path& path) {
   const std::unique_ptr<DIR, DirectoryCloser> directory(::opendir(path.c_str()));
   if (!directory) {

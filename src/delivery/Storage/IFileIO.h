@@ -4,17 +4,17 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Contents of whole files, as byte strings, and renames.
+/// Reads, writes and renames whole files. Contents are byte strings.
 class IFileIO {
  public:
   virtual ~IFileIO() = default;
 
-  /// The whole content. Throws std::runtime_error "Could not open file." whatever failed.
+  /// Returns the whole content. Any failure is std::runtime_error "Could not open file.".
   virtual std::string readFile(const std::string& path) = 0;
 
-  /// Creates or truncates the file and writes exactly `content`. Throws std::runtime_error "Could
-  /// not open file." whatever failed; the file may then be truncated or partly written. Neither
-  /// synced nor atomic: a caller whose old content must survive writes elsewhere and moves.
+  /// Creates or truncates the file and writes exactly `content`. Any failure is std::runtime_error
+  /// "Could not open file."; the file may then be truncated or partly written. Neither synced nor
+  /// atomic: a caller that must not lose the old content writes to another file and moves it.
   virtual void writeFile(const std::string& path, const std::string& content) = 0;
 
   /// Renames, replacing an existing file at `to`. Throws boost::filesystem::filesystem_error.

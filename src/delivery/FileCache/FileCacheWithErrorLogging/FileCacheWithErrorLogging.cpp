@@ -8,8 +8,8 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// The texts under which an operation reports its failures. Written out because compilers print
-/// signatures differently, and reports from all builds of an app are counted together.
+/// The texts with which an operation reports failures. Spelled out because compilers print
+/// signatures differently, but reports from all builds of an app are counted together.
 struct ReportTexts {
   const char* function;
   const char* format;
@@ -66,8 +66,8 @@ IFileCache::MemContainsStatus neutralValue() {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-security"
 
-/// Passes a call on to the wrapped cache. The reference's own check for null stands outside of the
-/// protected region: it reports by itself and throws nothing.
+/// Forwards a call to the wrapped cache. The reference's own null check is outside the try block,
+/// since it reports by itself and throws nothing.
 template <class Call>
 auto guard(const quovix::shared_ref<IFileCache>& reference, const ReportTexts& texts,
            const Call& call) noexcept -> decltype(call(std::declval<IFileCache&>())) {

@@ -5,12 +5,11 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Makes a file cache that never throws out of one that does: a failure is reported as one soft
-/// error and answered with a neutral result (null, false, 0, empty, Unknown). Nothing is retried,
-/// and the wrapped cache stays in whatever state it was left.
+/// Wraps a file cache that throws in one that does not: reports each failure as one soft error and
+/// returns a neutral result (null, false, 0, empty, Unknown). Retries nothing, and does not restore
+/// the wrapped cache's state.
 class FileCacheWithErrorLogging final : public IFileCache {
  public:
-  /// Wraps `cache`.
   explicit FileCacheWithErrorLogging(quovix::shared_ref<IFileCache> cache) noexcept;
 
   std::shared_ptr<FileCacheEntry> insertAndLock(const std::string& key) override;
