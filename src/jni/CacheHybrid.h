@@ -10,28 +10,29 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Which thread is inside a file cache and the model caches over it, whose peers share this. A
-/// second one is a mistake of the caller: it is told so, rather than made to wait.
-class OneThread {
+/// Detects concurrent use of a file cache and the model caches over it, whose peers share this. A
+/// second thread is a bug in the caller, so it gets an exception instead of waiting.
+class SingleThreadGuard {
  public:
-  /// Makes the current thread the one, until it ends. A thread that is inside may come in again,
-  /// from a listener for soft errors. Throws java.lang.IllegalStateException for any other.
-  class Inside {
+  /// Admits the current thread until destroyed. The thread inside may enter again, from a
+  /// soft-error listener; any other gets java.lang.IllegalStateException.
+  class Scope {
    public:
-    explicit Inside(OneThread& claim) : claim_(claim) { claim_.enter(); }
-    Inside(const Inside&) = delete;
-    Inside& operator=(const Inside&) = delete;
-    ~Inside() { claim_.leave(); }
+    explicit Scope(SingleThreadGuard& guard) : guard_(guard) { guard_.enter(); }
+    Scope(const Scope&) = delete;
+    Scope& operator=(const Scope&) = delete;
+    ~Scope() { guard_.leave(); }
 
    private:
-    OneThread& claim_;
+    SingleThreadGuard& guard_;
   };
 
  private:
   void enter() {
     const std::thread::id self = std::this_thread::get_id();
-    std::thread::id found;
-    if (!thread_.compare_exchange_strong(found, self, std::memory_order_acquire) && found != self) {
+    std::thread::id inside;
+    if (!thread_.compare_exchange_strong(inside, self, std::memory_order_acquire) &&
+        inside != self) {
       jni::throwNewJavaException(
           "java/lang/IllegalStateException",
           "the cache is in use by another thread: one thread at a time may be inside a file cache "
@@ -46,26 +47,26 @@ class OneThread {
   }
 
   std::atomic<std::thread::id> thread_{std::thread::id()};
-  int depth_ = 0;  // Of the calls of that thread, which alone uses it.
+  int depth_ = 0;  // Nested calls of that thread, which alone accesses it.
 };
 
 /// The native peer of a managed file cache or model cache.
 class CacheHybrid : public jni::HybridBase {
  public:
   /// Shared by a file cache and the model caches over it.
-  const std::shared_ptr<OneThread>& oneThread() const noexcept { return oneThread_; }
+  const std::shared_ptr<SingleThreadGuard>& threadGuard() const noexcept { return threadGuard_; }
 
  protected:
-  explicit CacheHybrid(std::shared_ptr<OneThread> oneThread) noexcept
-      : oneThread_(std::move(oneThread)) {}
+  explicit CacheHybrid(std::shared_ptr<SingleThreadGuard> threadGuard) noexcept
+      : threadGuard_(std::move(threadGuard)) {}
 
  private:
-  const std::shared_ptr<OneThread> oneThread_;
+  const std::shared_ptr<SingleThreadGuard> threadGuard_;
 };
 
-/// What a native holds while it is inside such a peer.
-inline OneThread::Inside enter(const CacheHybrid& peer) {
-  return OneThread::Inside(*peer.oneThread());
+/// Returns what a native method holds during a call on such a peer.
+inline SingleThreadGuard::Scope enter(const CacheHybrid& peer) {
+  return SingleThreadGuard::Scope(*peer.threadGuard());
 }
 
 }  // namespace zentrel::vistabase::ardelivery

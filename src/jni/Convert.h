@@ -14,15 +14,15 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// How a native type crosses JNI. A specialization has
+/// Converts a native type to or from JNI. A specialization has
 ///   Jni                   the JNI type
-///   fromJni(value, name)  the native value of the argument of that name, or
-///   toJni(value)          the JNI value of a result: a number or a LocalRef
+///   fromJni(value, name)  converts the argument of that name, or
+///   toJni(value)          converts a result, to a number or a LocalRef
 /// A null argument raises java.lang.NullPointerException with the argument's name.
 template <class T>
 struct Convert;
 
-/// Numbers pass as they are.
+/// Numbers are cast.
 template <class T, class JniType>
 struct ConvertNumber {
   using Jni = JniType;
@@ -76,10 +76,10 @@ struct Convert<std::vector<std::string>> {
   }
 };
 
-/// An array of numbers. `New`, `Get` and `Set` are JNI's functions for it.
+/// An array of numbers. `New`, `Get` and `Set` are the JNI functions for it.
 template <class T, class Array, class Element, auto New, auto Get, auto Set>
 struct ConvertNumbers {
-  static_assert(sizeof(T) == sizeof(Element), "one element is the other");
+  static_assert(sizeof(T) == sizeof(Element), "elements are copied as they are");
   using Jni = Array;
   static std::vector<T> fromJni(Jni value, const char* name) {
     jni::requireNonNull(value, name);
@@ -119,7 +119,7 @@ struct Convert<std::vector<std::uint8_t>>
   }
 };
 
-/// What may be missing goes out as null.
+/// An empty optional becomes null.
 template <class T>
 struct Convert<std::optional<T>> {
   using Jni = typename Convert<T>::Jni;
@@ -128,14 +128,14 @@ struct Convert<std::optional<T>> {
   }
 };
 
-/// A result that is a managed object already.
+/// A result that already is a managed object.
 template <class T>
 struct Convert<jni::LocalRef<T>> {
   using Jni = T;
   static jni::LocalRef<T> toJni(jni::LocalRef<T> value) noexcept { return value; }
 };
 
-/// A new peer goes out inside a new HybridData.
+/// A new peer is returned in a new HybridData.
 template <class Peer>
 struct Convert<std::unique_ptr<Peer>> {
   using Jni = jobject;
@@ -144,7 +144,7 @@ struct Convert<std::unique_ptr<Peer>> {
   }
 };
 
-/// A managed hybrid object comes in as its peer.
+/// A managed hybrid object is converted to its peer.
 template <class Peer>
 struct Convert<jni::Pinned<Peer>> {
   using Jni = jobject;

@@ -18,7 +18,7 @@ constexpr ErrorTexts kDetectErrors{
     "Failed to get face detect path: ",
     "Failed to get face detect path: invalid exception type",
 };
-// The first text names the align path: collectors match reports by it.
+// The first text names the align path because report collectors match on it.
 constexpr ErrorTexts kContourErrors{
     "Failed to get face align path: ",
     "Failed to get face contour path: invalid exception type",

@@ -42,7 +42,7 @@ struct Convert<std::vector<std::pair<std::string, FileCacheEntryMeta>>> {
         jni::checkedLocal(env->NewObjectArray(static_cast<jsize>(metas.size()), mapEntry, nullptr));
     jsize index = 0;
     for (const auto& [key, meta] : metas) {
-      // The references of each round go with it: any number of entries fits the reference table.
+      // Local references are released in each iteration, so as not to overflow the reference table.
       const jni::LocalRef<jstring> name = jni::make_jstring(key);
       const jni::LocalRef<jobject> value = newFileResourceMeta(meta);
       const jni::LocalRef<jobject> entry = simpleEntry(name.get(), value.get());

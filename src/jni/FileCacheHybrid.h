@@ -12,12 +12,12 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The native peer of a managed file cache: passes each call on to an IFileCache, which the model
-/// caches built over the same managed object share.
+/// The native peer of a managed file cache. Forwards calls to an IFileCache, which it shares with
+/// the model caches over the same managed object.
 class FileCacheHybrid : public CacheHybrid {
  public:
   explicit FileCacheHybrid(quovix::shared_ref<IFileCache> cache)
-      : CacheHybrid(std::make_shared<OneThread>()), cache_(std::move(cache)) {}
+      : CacheHybrid(std::make_shared<SingleThreadGuard>()), cache_(std::move(cache)) {}
 
   virtual std::shared_ptr<FileCacheEntry> getCacheEntry(const std::string& key) {
     return cache_->getCacheEntry(key);

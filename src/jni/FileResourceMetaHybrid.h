@@ -13,7 +13,7 @@ class FileResourceMetaHybrid final : public jni::HybridBase {
  public:
   explicit FileResourceMetaHybrid(FileCacheEntryMeta meta) noexcept : meta_(std::move(meta)) {}
 
-  /// The extra bytes, in a buffer that has them to itself: callers keep it longer than the meta.
+  /// Returns the extra bytes in a buffer with its own copy, since callers keep it longer than this.
   jni::LocalRef<jobject> getExtra() {
     return jni::JByteBuffer::wrapBytes(meta_.extra.data(), meta_.extra.size());
   }
@@ -22,7 +22,7 @@ class FileResourceMetaHybrid final : public jni::HybridBase {
   const FileCacheEntryMeta meta_;
 };
 
-/// A new managed ARDFileResourceMeta whose peer holds a copy of `meta`.
+/// Creates a managed ARDFileResourceMeta whose peer holds a copy of `meta`.
 jni::LocalRef<jobject> newFileResourceMeta(const FileCacheEntryMeta& meta);
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -15,7 +15,7 @@ bool isKept(char byte) {
          (byte >= '0' && byte <= '9') || byte == '_';
 }
 
-/// Without memory at load there is nothing to fall back on.
+/// There is no fallback if memory is exhausted during load.
 template <class T>
 T* orAbort(T* memory) {
   if (memory == nullptr) {
@@ -24,8 +24,8 @@ T* orAbort(T* memory) {
   return memory;
 }
 
-/// Registers the load function of each row after the placeholder as a static native "()I". Returns
-/// what RegisterNatives does: negative after a failure.
+/// Registers the load function of each row after the placeholder as a static native method "()I".
+/// Returns the result of RegisterNatives, which is negative on failure.
 jint registerLoadFunctions(JNIEnv* env, jclass mapping) {
   const MergedLibrary* const placeholder = __start_pre_merge_jni_libraries;
   const MergedLibrary* const end = __stop_pre_merge_jni_libraries;
@@ -60,8 +60,8 @@ char* toJniName(const char* libraryName) {
 
 }  // namespace zentrel::vistabase::ardelivery
 
-/// Registers the load function of each merged library on the managed mapping class, and nothing
-/// else. Reports failure by its result alone.
+/// Registers the load function of each merged library on the managed mapping class, and does
+/// nothing else. The result is the only report of a failure.
 extern "C" JNIEXPORT jint JNICALL JNI_OnLoad(JavaVM* vm, void* /*reserved*/) {
   using namespace zentrel::vistabase::ardelivery;
   void* env = nullptr;

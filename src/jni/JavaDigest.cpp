@@ -10,7 +10,7 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-constexpr jsize kPiece = 1 << 16;  // Bytes that cross at a time.
+constexpr jsize kChunk = 1 << 16;  // Bytes passed per call.
 
 /// Owns a global reference.
 template <class T>
@@ -55,15 +55,15 @@ jni::LocalRef<jobject> newSha256() {
 class JavaDigest final : public Digest {
  public:
   JavaDigest()
-      : digest_(newSha256()), piece_(jni::checkedLocal(jni::environment()->NewByteArray(kPiece))) {}
+      : digest_(newSha256()), chunk_(jni::checkedLocal(jni::environment()->NewByteArray(kChunk))) {}
 
   void update(const void* bytes, std::size_t count) override {
     JNIEnv* const env = jni::environment();
     const auto* next = static_cast<const jbyte*>(bytes);
     while (count > 0) {
-      const auto length = static_cast<jsize>(std::min<std::size_t>(count, kPiece));
-      env->SetByteArrayRegion(piece_.get(), 0, length, next);
-      env->CallVoidMethod(digest_.get(), MessageDigest::instance().update, piece_.get(), 0, length);
+      const auto length = static_cast<jsize>(std::min<std::size_t>(count, kChunk));
+      env->SetByteArrayRegion(chunk_.get(), 0, length, next);
+      env->CallVoidMethod(digest_.get(), MessageDigest::instance().update, chunk_.get(), 0, length);
       jni::throwIfPending();
       next += length;
       count -= static_cast<std::size_t>(length);
@@ -79,7 +79,7 @@ class JavaDigest final : public Digest {
 
  private:
   const GlobalRef<jobject> digest_;
-  const GlobalRef<jbyteArray> piece_;
+  const GlobalRef<jbyteArray> chunk_;
 };
 
 }  // namespace

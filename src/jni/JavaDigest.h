@@ -6,8 +6,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A digest by java.security.MessageDigest, which uses what the processor has for it and is there
-/// already. To be used, and destroyed, inside natives.
+/// A digest computed by java.security.MessageDigest, which needs no further library and uses the
+/// CPU's SHA instructions if any. Use and destroy it only inside native methods.
 std::unique_ptr<Digest> newJavaDigest();
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -13,7 +13,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// The names of arguments and the descriptors that the natives of all model caches share.
+/// Argument names and descriptors shared by the native methods of all model caches.
 namespace modelcache {
 
 constexpr char kFileCache[] = "fileCache";
@@ -29,8 +29,8 @@ constexpr const char* kTrim = "(I)V";
 
 }  // namespace modelcache
 
-/// Raises, as the managed EffectsFrameworkException, whatever the body of a model cache's native
-/// throws. A managed exception that is pending already stays as it is.
+/// Raises whatever the body of a model cache's native method throws as the managed
+/// EffectsFrameworkException. A managed exception that is already pending is left alone.
 template <class Body>
 auto raiseDescribed(const ErrorTexts& texts, const Body& body) -> decltype(body()) {
   constexpr const char* exceptionClass =
@@ -51,17 +51,18 @@ auto raiseDescribed(const ErrorTexts& texts, const Body& body) -> decltype(body(
 template <class Cache, class Paths>
 class ModelCacheHybrid final : public CacheHybrid {
  public:
-  /// Over the file cache that the peer of the managed one holds.
+  /// Creates a model cache over the file cache of the given peer.
   static std::unique_ptr<ModelCacheHybrid> make(const jni::Pinned<FileCacheHybrid>& fileCache) {
     return std::make_unique<ModelCacheHybrid>(
-        fileCache->oneThread(),
+        fileCache->threadGuard(),
         quovix::make_shared_ref<Cache>(fileCache->getFileCache().pointer()));
   }
 
-  ModelCacheHybrid(std::shared_ptr<OneThread> oneThread, quovix::shared_ref<Cache> cache) noexcept
-      : CacheHybrid(std::move(oneThread)), cache_(std::move(cache)) {}
+  ModelCacheHybrid(std::shared_ptr<SingleThreadGuard> threadGuard,
+                   quovix::shared_ref<Cache> cache) noexcept
+      : CacheHybrid(std::move(threadGuard)), cache_(std::move(cache)) {}
 
-  /// One field of the version's path record, or "" while a file of the version is missing.
+  /// Returns one field of the version's path record, or "" if a file of the version is missing.
   template <std::string Paths::*Path, const ErrorTexts& Errors>
   std::string getPath(std::int32_t version) {
     return raiseDescribed(Errors, [&] {

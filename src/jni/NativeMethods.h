@@ -11,18 +11,19 @@
 #include "platform/zentreljni/Environment.h"
 #include "platform/zentreljni/Exceptions.h"
 
-/// Natives out of plain C++ functions. A table row names the managed method and the C++ function;
-/// the conversion of arguments and result, the search for the peer and the catch-all come with it:
+/// Makes native methods from plain C++ functions. A table row names the managed method and the C++
+/// function; templates convert arguments and result, find the peer, and catch all exceptions:
 ///
 ///   jni::registerNatives("com/example/Counter", {
 ///       {"initHybrid", "(J)Lcom/zentrel/jni/HybridData;", native<&makeCounter, kStart>},
 ///       {"add", "(J)J", native<&Counter::add, kAmount>},
 ///   });
 ///
-/// After the function come the names of its arguments, as `constexpr char[]`.
+/// The function is followed by its arguments' names, as `constexpr char[]`.
 namespace zentrel::vistabase::ardelivery {
 
-/// What a native holds while it is inside a peer: nothing, unless a kind of peers has its own.
+/// Returns what a native method holds during a call on a peer: nothing, unless the peer's class has
+/// an overload.
 inline std::nullptr_t enter(const jni::HybridBase& /*peer*/) noexcept {
   return nullptr;
 }
@@ -32,10 +33,10 @@ namespace detail {
 template <class T>
 using ConvertOf = Convert<std::decay_t<T>>;
 
-/// Raises, in a handler for any exception, the managed exception for it.
+/// Called in a catch-all handler: raises the managed exception for the exception caught.
 using Translate = void (*)() noexcept;
 
-/// Runs the body of a native: no exception gets past here.
+/// Runs the body of a native method. No exception escapes.
 template <class Result, Translate translate, class Body>
 Result runNative(JNIEnv* env, const Body& body) noexcept {
   const jni::JniEnvCacher cacher(env);
@@ -72,7 +73,7 @@ struct JniResult<void> {
   }
 };
 
-/// Converts the arguments in their order, so that the first bad one is the one reported.
+/// Converts the arguments in order, so that the first bad one is reported.
 template <class... Arguments>
 auto convertArguments(std::pair<typename ConvertOf<Arguments>::Jni, const char*>... arguments) {
   return std::tuple<decltype(ConvertOf<Arguments>::fromJni(arguments.first, nullptr))...>{
@@ -117,13 +118,13 @@ struct Native<translate, Function, Result (Peer::*)(Arguments...), Names...> {
 
 }  // namespace detail
 
-/// As `native`, with a translation of exceptions of its own.
+/// Like `native`, with a custom translation of exceptions.
 template <detail::Translate translate, auto Function, const char*... Names>
 void* const translatedNative = reinterpret_cast<void*>(
     &detail::Native<translate, Function, decltype(Function), Names...>::call);
 
-/// The native of a managed method: a static one from a free function, any other from a member
-/// function of the object's peer.
+/// A native method: a static one from a free function, an instance method from a member function of
+/// the object's peer.
 template <auto Function, const char*... Names>
 void* const native =
     translatedNative<&jni::translatePendingCppExceptionToJavaException, Function, Names...>;

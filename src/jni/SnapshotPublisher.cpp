@@ -26,7 +26,7 @@ void SnapshotPublisher::publish(const Snapshot& snapshot) const noexcept {
   } catch (...) {
     softerror::printSoftError("jni/SnapshotPublisher", "publish", __LINE__,
                               softerror::Severity::Recoverable, "modelcache",
-                              "no memory to tell what the store holds now");
+                              "cannot publish the snapshot to the managed store");
   }
 }
 
@@ -47,7 +47,7 @@ void SnapshotPublisher::tryPublish(const Snapshot& snapshot) const {
   if (snapshot.active) {
     active.push_back(*snapshot.active);
   }
-  if (store) {  // Its owner may have dropped it.
+  if (store) {  // It may have been collected.
     env->CallVoidMethod(store.get(), method, toJava(types).get(), toJava(paths).get(),
                         toJava(active).get(), toJava(snapshot.versions).get());
     jni::throwIfPending();

@@ -6,8 +6,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Passes snapshots to a managed ModelStore, in the order in which they hold. The store is held
-/// weakly: one that was dropped is passed nothing.
+/// Passes snapshots to a managed ModelStore, in order. Holds the store by a weak reference, and
+/// does nothing once it is collected.
 class SnapshotPublisher {
  public:
   explicit SnapshotPublisher(jobject store);
@@ -15,7 +15,7 @@ class SnapshotPublisher {
   SnapshotPublisher& operator=(const SnapshotPublisher&) = delete;
   ~SnapshotPublisher();
 
-  /// Fails only if the virtual machine itself does, which is reported.
+  /// Fails, with a report, only if the JVM itself does.
   void publish(const Snapshot& snapshot) const noexcept;
 
  private:

@@ -33,7 +33,7 @@ void observe(const softerror::Report& report, void* vm) {
   try {
     dispatch(report);
   } catch (...) {
-    // The managed class may be missing, or memory. The native sink has the report.
+    // The managed class may be missing, or memory exhausted. The native sink has the report.
   }
 }
 

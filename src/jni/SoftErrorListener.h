@@ -4,9 +4,9 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Passes soft errors on to the managed SoftErrors, from now on: those of threads that are
-/// attached to the JVM, after the native sink. Whatever the managed side does with them, what is
-/// pending on the thread, and what the native call gives, stay as they are.
+/// Starts forwarding soft errors from threads attached to the JVM to the managed SoftErrors, after
+/// the native sink. Whatever the managed side does with them, the thread's pending exception and
+/// the native call's result are unaffected.
 void listenToSoftErrors(JavaVM* vm) noexcept;
 
 }  // namespace zentrel::vistabase::ardelivery

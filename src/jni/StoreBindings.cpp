@@ -35,20 +35,20 @@ StoreEnvironment environment() {
   return {&openPosixRoot, &newJavaDigest};
 }
 
-/// A member function of a store, an update or a writer, for the number of one.
+/// Calls a member function of a store, an update or a writer by its handle.
 template <auto Member, class Signature = decltype(Member)>
-struct OfHandle;
+struct HandleCall;
 
 template <auto Member, class T, class Result, class... Arguments>
-struct OfHandle<Member, Result (T::*)(Arguments...)> {
+struct HandleCall<Member, Result (T::*)(Arguments...)> {
   static Result call(Handle handle, Arguments... arguments) {
     return (*handles().get<T>(handle).*Member)(arguments...);
   }
 };
 
 template <auto Member, class T, class Result, class... Arguments>
-struct OfHandle<Member, Result (T::*)(Arguments...) const>
-    : OfHandle<Member, Result (T::*)(Arguments...)> {};
+struct HandleCall<Member, Result (T::*)(Arguments...) const>
+    : HandleCall<Member, Result (T::*)(Arguments...)> {};
 
 void checkCapability(const std::string& capability, const Strings& types) {
   Capability::of(capability, types);
@@ -112,10 +112,10 @@ Handle writeKnown(Handle store, const std::string& key, std::int64_t sizeBytes,
 
 void append(Handle writer, jbyteArray bytes, std::int32_t offset, std::int32_t length) {
   const auto out = handles().get<EntryWriter>(writer);
-  constexpr std::int32_t piece = 1 << 16;
-  std::vector<jbyte> buffer(static_cast<std::size_t>(std::clamp(length, 0, piece)));
+  constexpr std::int32_t chunk = 1 << 16;
+  std::vector<jbyte> buffer(static_cast<std::size_t>(std::clamp(length, 0, chunk)));
   while (length > 0) {
-    const std::int32_t count = std::min(length, piece);
+    const std::int32_t count = std::min(length, chunk);
     jni::environment()->GetByteArrayRegion(bytes, offset, count, buffer.data());
     jni::throwIfPending();
     out->write(buffer.data(), static_cast<std::size_t>(count));
@@ -124,7 +124,7 @@ void append(Handle writer, jbyteArray bytes, std::int32_t offset, std::int32_t l
   }
 }
 
-/// Whatever the number stands for; nothing if it was closed already.
+/// Closes whatever the handle refers to; does nothing if it is already closed.
 void close(Handle handle) {
   if (const auto models = handles().find<ModelStore>(handle)) {
     models->close();
@@ -138,7 +138,7 @@ void close(Handle handle) {
   handles().remove(handle);
 }
 
-/// False, too, for what cannot be looked into or renamed.
+/// Returns false also if the file cannot be inspected or renamed.
 bool recover(const std::string& root) {
   bool isSetAside = false;
   try {
@@ -180,7 +180,7 @@ template <auto Function, const char*... Names>
 void* const storeNative = translatedNative<&translateStoreException, Function, Names...>;
 
 template <auto Member, const char*... Names>
-void* const memberNative = storeNative<&OfHandle<Member>::call, Names...>;
+void* const memberNative = storeNative<&HandleCall<Member>::call, Names...>;
 
 #define MODEL_STORE "Lcom/lumora/camera/effect/qv/modelcache/ModelStore;"
 #define STRING "Ljava/lang/String;"

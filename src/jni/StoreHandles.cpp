@@ -5,7 +5,7 @@
 namespace zentrel::vistabase::ardelivery {
 
 StoreHandles& StoreHandles::instance() {
-  static StoreHandles& handles = *new StoreHandles;  // Threads go on while the process ends.
+  static StoreHandles& handles = *new StoreHandles;  // Threads keep running during exit.
   return handles;
 }
 
@@ -22,10 +22,10 @@ std::shared_ptr<void> StoreHandles::findAny(std::int64_t handle, std::type_index
 }
 
 void StoreHandles::remove(std::int64_t handle) {
-  if (handle == 0) {  // Which is no object, but the owner of stores.
+  if (handle == 0) {  // Not an object, but the owner of all stores.
     return;
   }
-  std::vector<std::shared_ptr<void>> removed;  // Destroyed without the lock: that may take a while.
+  std::vector<std::shared_ptr<void>> removed;  // Destroyed without the lock, as that may block.
   const std::lock_guard<std::mutex> guard(mutex_);
   std::vector<std::int64_t> handles{handle};
   while (!handles.empty()) {

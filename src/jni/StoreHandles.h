@@ -12,36 +12,35 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Stores, updates and writers, by the numbers under which managed code knows them. A number stands
-/// for one object, and never for another one later. A call shares what it is inside of, so that
-/// nothing is freed under it. Any thread.
+/// Maps the handles that managed code holds to stores, updates and writers. Handles are never
+/// reused. A call shares ownership of its object, so that nothing is freed during it. Thread-safe.
 class StoreHandles {
  public:
-  /// The numbers of this process.
+  /// The handles of this process.
   static StoreHandles& instance();
 
-  /// A number for an object that goes with `owner`, if that is not 0.
+  /// Returns a handle for an object, which is removed along with `owner` unless that is 0.
   template <class T>
   std::int64_t add(std::unique_ptr<T> object, std::int64_t owner = 0) {
     return addAny({std::shared_ptr<T>(std::move(object)), typeid(T), owner});
   }
 
-  /// The object of a number; UsageError if it was closed, or is of another kind.
+  /// Returns the object. Throws UsageError if it was closed or has another type.
   template <class T>
   std::shared_ptr<T> get(std::int64_t handle) {
     std::shared_ptr<T> object = find<T>(handle);
     if (!object) {
-      throw UsageError("closed already");
+      throw UsageError("already closed");
     }
     return object;
   }
-  /// The same, or null.
+  /// The same, but returns null.
   template <class T>
   std::shared_ptr<T> find(std::int64_t handle) {
     return std::static_pointer_cast<T>(findAny(handle, typeid(T)));
   }
 
-  /// Forgets an object, and those that go with it.
+  /// Removes an object, and those that it owns.
   void remove(std::int64_t handle);
 
  private:

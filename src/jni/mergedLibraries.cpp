@@ -7,9 +7,9 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// The load function of a merged library: registers its natives through `Register`, once per
-/// process and library. Returns 0, also from the second call on, or -1 when it failed; a failed
-/// load is not tried again. The managed loader makes one call at a time.
+/// The load function of a merged library: registers its native methods through `Register`, once per
+/// process. Returns 0, or -1 if that fails. Later calls return 0 and do nothing, even after a
+/// failure. The managed loader makes one call at a time.
 template <void (*Register)()>
 jint mergedLibraryOnLoad(JNIEnv* env, jclass) {
   static unsigned char alreadyLoaded = 0;
@@ -25,8 +25,8 @@ jint mergedLibraryOnLoad(JNIEnv* env, jclass) {
   return loadResult(jni::initialize(vm, Register));
 }
 
-/// The stores came after the merge: their natives go with those of the file cache. An app that uses
-/// the raw classes alone may have been shrunken to those.
+/// The stores are newer than the merge, so their native methods are registered with the file
+/// cache's. In an app that uses only the raw classes, a shrinker may have removed them.
 void registerFileNatives() {
   registerFileCacheNatives();
   JNIEnv* const env = jni::environment();
@@ -37,7 +37,7 @@ void registerFileNatives() {
   }
 }
 
-// Retained: a linker that drops unused sections sees no use of this one.
+// Retained, because a linker that drops unused sections sees no reference to this one.
 [[gnu::section("pre_merge_jni_libraries"), gnu::used, gnu::retain]] const MergedLibrary rows[] = {
     {"jni_lib_merge-stub", nullptr},
     {"libfacetracker-model-cache-native-android.so",

@@ -2,24 +2,24 @@
 
 #include <jni.h>
 
-/// The libraries that were merged into this one. Each keeps a load function of its own, which
-/// managed code calls when it asks for that library by its former name.
+/// The libraries that were merged into this one. Each still has its own load function, which
+/// managed code calls when it loads that library by its former name.
 namespace zentrel::vistabase::ardelivery {
 
 using LoadFunction = jint (*)(JNIEnv* env, jclass type);
 
 struct MergedLibrary {
-  const char* name;           ///< File name of the former library.
-  LoadFunction loadFunction;  ///< A static native, or null for the placeholder row.
+  const char* name;           ///< The file name of the former library.
+  LoadFunction loadFunction;  ///< A static native method; null in the placeholder row.
 };
 
-/// The name under which a merged library's load function is registered: the library's file name
-/// with "_" for each byte that is not an ASCII letter, digit or "_". The caller frees the result;
-/// null when there is no memory.
+/// Returns the name under which a merged library's load function is registered: the library's file
+/// name with "_" for each byte other than an ASCII letter, digit or "_". The caller frees it. Null
+/// if out of memory.
 char* toJniName(const char* libraryName);
 
-/// What a load function returns for the version number that `jni::initialize` gave: 0 for those
-/// that have natives worth calling, else -1.
+/// The result of a load function for what `jni::initialize` returned: 0 for JNI versions 1.2, 1.4
+/// and 1.6, else -1.
 constexpr jint loadResult(jint version) {
   switch (version) {
     case JNI_VERSION_1_2:
@@ -31,7 +31,7 @@ constexpr jint loadResult(jint version) {
   }
 }
 
-// What each library registers: the natives of one managed class, of that name.
+// What each library registers: the native methods of one managed class.
 void registerFacetrackerModelCacheNatives();
 void registerSegmentationModelCacheNatives();
 void registerFileResourceMetaNatives();  ///< Of ARDFileResourceMeta.
@@ -42,8 +42,8 @@ constexpr const char* kStoreNativesClass = "com/lumora/camera/effect/qv/modelcac
 
 }  // namespace zentrel::vistabase::ardelivery
 
-// The bounds of the section that holds the rows, made by the linker and exported, so that tools can
-// read the table of a built library. The first row is a placeholder.
+// The bounds of the section that holds the rows, defined by the linker and exported so that tools
+// can read the table from a built library. The first row is a placeholder.
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker chooses the names.
 #pragma GCC visibility push(default)
 extern "C" {

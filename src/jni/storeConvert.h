@@ -13,7 +13,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A managed byte array, of which a native takes what it needs.
+/// A managed byte array, of which a native method copies what it needs.
 template <>
 struct Convert<jbyteArray> {
   using Jni = jbyteArray;
@@ -23,7 +23,7 @@ struct Convert<jbyteArray> {
   }
 };
 
-/// A managed object of its own kind.
+/// A managed object that is not converted.
 template <>
 struct Convert<jobject> {
   using Jni = jobject;
@@ -33,7 +33,7 @@ struct Convert<jobject> {
   }
 };
 
-/// Managed arrays of several kinds, which one native returns together.
+/// Managed arrays of several types, which a native method returns together.
 using Parts = std::vector<jni::LocalRef<jobject>>;
 
 template <>
@@ -55,7 +55,7 @@ struct Convert<Parts> {
   }
 };
 
-/// The managed object for a value.
+/// Converts a value to a managed object.
 template <class T>
 jni::LocalRef<jobject> toJava(const T& value) {
   return Convert<T>::toJni(value);
@@ -86,7 +86,7 @@ struct Convert<std::vector<ModelFile>> {
   }
 };
 
-/// The same, and an array of their paths.
+/// The same, with an array of their paths.
 template <>
 struct Convert<std::vector<StoredModelFile>> {
   using Jni = jobjectArray;

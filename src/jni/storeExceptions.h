@@ -2,8 +2,8 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Inside a catch block: raises the managed exception for what a store threw, which the platform's
-/// own translation does not know. Anything else is left to that.
+/// Call it in a catch block: raises the managed exception for a store's exception. Leaves any other
+/// to the platform's translation.
 void translateStoreException() noexcept;
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -7,7 +7,7 @@
 
 namespace zentrel::jni {
 
-/// Records the JNI environment of the current thread for its own lifetime. Nests.
+/// Records the current thread's JNI environment until destroyed. Nests.
 class JniEnvCacher {
  public:
   explicit JniEnvCacher(JNIEnv* env) noexcept;
