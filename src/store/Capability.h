@@ -20,7 +20,7 @@ class Capability {
   /// different types.
   static Capability of(std::string name, std::vector<std::string> types);
 
-  const std::string& name() const noexcept { return name_; }
+  const std::string& name() const noexcept { return name_; }  ///< Such as "FACE_TRACKING".
   /// The types of its files, in their fixed order.
   const std::vector<std::string>& types() const& noexcept { return types_; }
   std::vector<std::string> types() && { return std::move(types_); }  ///< For a temporary.
@@ -30,9 +30,11 @@ class Capability {
   /// "NAME (TYPE, ...)".
   std::string toString() const;
 
+  /// By value.
   friend bool operator==(const Capability& left, const Capability& right) noexcept {
     return left.name_ == right.name_ && left.types_ == right.types_;
   }
+  /// By value.
   friend bool operator!=(const Capability& left, const Capability& right) noexcept {
     return !(left == right);
   }
@@ -51,17 +53,19 @@ class ModelFile {
   /// digits. Throws std::invalid_argument for a negative size or a malformed digest.
   ModelFile(std::string type, std::int64_t sizeBytes, std::string sha256);
 
-  const std::string& type() const noexcept { return type_; }
-  std::int64_t sizeBytes() const noexcept { return sizeBytes_; }
+  const std::string& type() const noexcept { return type_; }      ///< A type of the capability.
+  std::int64_t sizeBytes() const noexcept { return sizeBytes_; }  ///< Not negative.
   const std::string& sha256() const noexcept { return sha256_; }  ///< In lower case.
 
   /// "TYPE, SIZE bytes, DIGEST".
   std::string toString() const;
 
+  /// By value.
   friend bool operator==(const ModelFile& left, const ModelFile& right) noexcept {
     return left.type_ == right.type_ && left.sizeBytes_ == right.sizeBytes_ &&
            left.sha256_ == right.sha256_;
   }
+  /// By value.
   friend bool operator!=(const ModelFile& left, const ModelFile& right) noexcept {
     return !(left == right);
   }

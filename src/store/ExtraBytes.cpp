@@ -18,7 +18,7 @@ std::optional<std::string> ExtraBytes::read(const std::string& name) {
 void ExtraBytes::replace(const std::string& name, std::string_view bytes) {
   auto directory = open();
   if (!directory) {
-    removeTree(root_, kExtraName);  // If it is not a directory.
+    removeTree(root_, kExtraName);  // Anything there is not a directory.
     root_.makeDirectory(kExtraName);
     root_.sync();
     directory = root_.openDirectory(kExtraName);

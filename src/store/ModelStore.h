@@ -22,8 +22,8 @@ struct Snapshot {
 
 /// A file of a complete version.
 struct StoredModelFile {
-  ModelFile file;    ///< What it has to be.
-  std::string path;  ///< Where it is.
+  ModelFile file;    ///< Its type, size and digest.
+  std::string path;  ///< Its full path.
 };
 
 /// What may be deleted to make room for an update, besides inactive versions and files of no

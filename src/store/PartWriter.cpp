@@ -177,7 +177,7 @@ void PartWriter::requireRoom(std::size_t count) {
                    StoreError::Room{total, most, -1});
 }
 
-/// Throws if known content is incomplete or wrong.
+/// Throws if known content is incomplete or wrong, and drops it if wrong.
 void PartWriter::check() {
   if (!plan_.expected || isVerified_) {
     return;
@@ -201,7 +201,7 @@ void PartWriter::throwDropped(const std::string& wrong) {
                    root_->pathOf(plan_.part));
 }
 
-/// After a failed fsync the data may be lost even if a retry succeeds, so the part goes.
+/// Deletes the part if that fails: the data may be lost even if a second fsync succeeds.
 void PartWriter::syncPart() {
   try {
     file_->sync();

@@ -31,7 +31,7 @@ class PartOwner {
   virtual void requireRunning() const = 0;
 };
 
-/// What a PartWriter is to write.
+/// What a PartWriter writes, and for whom.
 struct PartPlan {
   std::shared_ptr<PartOwner> owner;
   std::string entry;                        ///< The name of the entry.

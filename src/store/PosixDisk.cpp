@@ -59,7 +59,7 @@ FileStatus toStatus(const struct stat& status) {
 
 FileStatus statusOf(const FileDescriptor& file, const std::string& path) {
   struct stat status = {};
-  require(::fstat(file.get(), &status) == 0, "look at", path, Access::kRead);
+  require(::fstat(file.get(), &status) == 0, "stat", path, Access::kRead);
   return toStatus(status);
 }
 
@@ -112,7 +112,7 @@ class PosixDirectory final : public IDirectory {
   }
 
   void makeDirectory(const std::string& name) override {
-    require(::mkdirat(directory_.get(), name.c_str(), kDirectoryMode) == 0, "make", pathOf(name),
+    require(::mkdirat(directory_.get(), name.c_str(), kDirectoryMode) == 0, "create", pathOf(name),
             Access::kChange);
   }
   void rename(const std::string& from, IDirectory& toDirectory, const std::string& to) override {
@@ -136,7 +136,7 @@ class PosixDirectory final : public IDirectory {
     times[1].tv_sec = static_cast<time_t>(modified / kNanoseconds);
     times[1].tv_nsec = static_cast<long>(modified % kNanoseconds);
     require(::utimensat(directory_.get(), name.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0,
-            "set the date of", pathOf(name), Access::kChange);
+            "set the modification time of", pathOf(name), Access::kChange);
   }
   void sync() override {
     const bool isSynced = retryOnInterrupt([this] { return ::fsync(directory_.get()); }) == 0 ||
@@ -150,7 +150,7 @@ class PosixDirectory final : public IDirectory {
     if (::fstatat(directory_.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
       return toStatus(status);
     }
-    require(errno == ENOENT, "look at", pathOf(name), Access::kRead);
+    require(errno == ENOENT, "stat", pathOf(name), Access::kRead);
     return {};
   }
   FileStatus status() override { return statusOf(directory_, path_); }
@@ -224,10 +224,10 @@ void makeDirectories(const std::string& path) {
       return;
     }
     const std::string parent = parentOf(path);
-    require(errno == ENOENT && parent != path && parent != ".", "make", path, Access::kChange);
+    require(errno == ENOENT && parent != path && parent != ".", "create", path, Access::kChange);
     makeDirectories(parent);
     const bool isMade = ::mkdir(path.c_str(), kDirectoryMode) == 0 || errno == EEXIST;
-    require(isMade, "make", path, Access::kChange);
+    require(isMade, "create", path, Access::kChange);
   }
   openExisting(parentOf(path))->sync();
 }

@@ -12,7 +12,7 @@ namespace zentrel::vistabase::ardelivery {
 /// What a root holds: files under keys, or the versions of a capability's models.
 struct RootContent {
   std::optional<Capability> capability = {};
-  /// Model types, if the root does not tell of which capability.
+  /// Model types, if the root does not say to which capability they belong.
   std::vector<std::string> types = {};
 
   /// Whether a root with this content may hold `other`, as far as is known.

@@ -48,7 +48,7 @@ class StoreRoot {
   /// returns false. Throws std::invalid_argument for a file of a newer release.
   bool readOwnFile(const char* name, FunctionRef<void()> read);
 
-  /// Declares what the root is to hold. Throws std::invalid_argument if it holds something else.
+  /// Declares what the root will hold. Throws std::invalid_argument if it holds something else.
   void claim(const RootContent& content);
 
   /// Guards the root's contents; not held during bulk I/O. Throws UsageError once the root is

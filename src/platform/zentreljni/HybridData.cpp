@@ -41,8 +41,8 @@ void setNativePointer(jobject destructor, std::unique_ptr<HybridBase> peer) {
 }
 
 /// Held from reading a pointer to pinning its peer, and by deleteNative, so that a peer cannot be
-/// deleted in between. Not held during calls, nor while a peer is destroyed. Never destroyed, since
-/// the collector's thread keeps running during exit.
+/// deleted in between. Not held during calls, nor while deleting a peer. The mutex itself is never
+/// destroyed, since the collector's thread keeps running during exit.
 std::mutex& pinning() {
   static std::mutex& mutex = *new std::mutex;
   return mutex;

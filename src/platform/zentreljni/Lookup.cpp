@@ -65,7 +65,7 @@ void registerNatives(const char* className, std::initializer_list<NativeMethod> 
       environment()->RegisterNatives(type, table.data(), static_cast<jint>(table.size()));
   throwIfPending();
   if (result != JNI_OK) {
-    throw std::runtime_error(std::string("natives of ") + className + " were refused");
+    throw std::runtime_error(std::string("cannot register the native methods of ") + className);
   }
 }
 

@@ -89,8 +89,8 @@ bool CompactReader::readInteger(std::int64_t& value) noexcept {
   }
   const std::string_view digits = rest_.substr(0, static_cast<std::size_t>(result.ptr - begin));
   rest_.remove_prefix(digits.size());
-  // JSON has no leading zeros. What looks like an integer may be the beginning of a double; the
-  // caller notices that by what follows.
+  // JSON has no leading zeros. What looks like an integer may be the beginning of a double, which
+  // the caller detects from what follows.
   const std::string_view number = digits.substr(digits.front() == '-' ? 1 : 0);
   return number.size() == 1 || number.front() != '0';
 }
