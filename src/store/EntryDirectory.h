@@ -14,8 +14,7 @@
 namespace zentrel::vistabase::ardelivery {
 
 /// The entries of a root, with their sizes and LRU order. Both are read once and cached, since a
-/// root has one owner. The order persists as file modification times. Call with the root's lock
-/// held.
+/// root has one owner. The order persists as file modification times. Requires the root's lock.
 ///
 /// Part files that a FileStore keeps for resuming count as entries, so that they can be evicted.
 class EntryDirectory {

@@ -15,7 +15,7 @@ namespace zentrel::vistabase::ardelivery {
 
 /// What a ModelStore holds at one moment.
 struct Snapshot {
-  std::map<std::string, std::string> paths;  ///< Of the active version's files, by type.
+  std::map<std::string, std::string> paths;  ///< The active version's files, by type.
   std::optional<int> active;                 ///< The number of the active version.
   std::vector<int> versions;                 ///< All complete versions, ascending.
 };

@@ -57,7 +57,7 @@ class PartWriter final : public EntryWriter {
   void commit() override;
   void close() override;
 
-  /// As `close`, for the root or the update that is closing it.
+  /// Like `close`, for the root or the update that is closing it.
   void closeNow() noexcept;
 
  private:

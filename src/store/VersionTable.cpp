@@ -93,11 +93,11 @@ std::set<std::string> VersionTable::namesWithout(const Versions& excluded) const
   return names;
 }
 
-std::set<std::string> VersionTable::namesOnlyOf(const Versions& some,
+std::set<std::string> VersionTable::namesOnlyOf(const Versions& owners,
                                                 const std::set<std::string>& kept) const {
-  const std::set<std::string> others = namesWithout(some);
+  const std::set<std::string> others = namesWithout(owners);
   std::set<std::string> names;
-  for (const auto& version : some) {
+  for (const auto& version : owners) {
     for (const VersionFile& file : version->files) {
       if (others.count(file.name) == 0 && kept.count(file.name) == 0) {
         names.insert(file.name);

@@ -47,8 +47,9 @@ struct VersionTable {
   std::map<std::string, ModelFile> filesByName() const;
   /// The names of the files of all versions except `excluded`.
   std::set<std::string> namesWithout(const Versions& excluded) const;
-  /// The names of the files that only `some` of the versions have, except those kept.
-  std::set<std::string> namesOnlyOf(const Versions& some, const std::set<std::string>& kept) const;
+  /// The names of the files that only the versions `owners` have, except those kept.
+  std::set<std::string> namesOnlyOf(const Versions& owners,
+                                    const std::set<std::string>& kept) const;
 
   /// Adds the version at the end, replacing the one with its number.
   VersionTable with(const std::shared_ptr<const Version>& version, bool isActive) const;

@@ -63,7 +63,7 @@ class TabularModelCache : public TypedCapabilityModelCache<Paths> {
   explicit TabularModelCache(std::shared_ptr<IFileCache> fileCache)
       : TypedCapabilityModelCache<Paths>(std::move(fileCache), typeNames(Models)) {}
 
-  /// As declared.
+  /// See TypedCapabilityModelCache.
   bool getModelsForVersion(int version, std::shared_ptr<Paths>& out) override {
     std::shared_ptr<Paths> paths = this->getModelPaths(version);
     if (!paths) {
@@ -74,7 +74,7 @@ class TabularModelCache : public TypedCapabilityModelCache<Paths> {
   }
 
  protected:
-  /// As declared.
+  /// See TypedCapabilityModelCache.
   std::shared_ptr<Paths> modelsFromEntries(const ModelEntries& entries) override {
     auto paths = std::make_shared<Paths>();
     for (const ModelRow<Paths>& row : Models) {
