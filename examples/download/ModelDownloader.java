@@ -49,8 +49,6 @@ public final class ModelDownloader {
                 download(update, file, manifest.url(file));
             }
             update.activate();
-        } catch (IllegalStateException ended) {
-            throw isCancelled() ? new CancellationException("the update was cancelled") : ended;
         }
     }
 

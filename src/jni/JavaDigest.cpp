@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <new>
-#include <utility>
 
 #include "jni/Convert.h"
 #include "platform/zentreljni/Lookup.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include "delivery/ModelCache/FacetrackerModelCache.h"

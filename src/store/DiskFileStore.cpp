@@ -6,7 +6,9 @@
 #include <utility>
 
 #include "delivery/FileNames.h"
+#include "store/EntryDirectory.h"
 #include "store/FileKey.h"
+#include "store/PartWriter.h"
 #include "store/fileTrees.h"
 #include "support/util/joined.h"
 

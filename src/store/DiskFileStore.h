@@ -4,9 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "store/EntryDirectory.h"
 #include "store/FileStore.h"
-#include "store/PartWriter.h"
 #include "store/SingleFlight.h"
 #include "store/StoreRoot.h"
 

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <memory>
-#include <stdexcept>
 
 #include "delivery/FileNames.h"
 #include "store/StoreError.h"

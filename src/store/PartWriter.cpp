@@ -1,6 +1,5 @@
 #include "store/PartWriter.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <exception>
 #include <utility>

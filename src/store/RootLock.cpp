@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <utility>
 
 #include "delivery/FileNames.h"

@@ -1,6 +1,5 @@
 #include "store/VersionTableFile.h"
 
-#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <utility>

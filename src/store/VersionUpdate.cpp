@@ -104,7 +104,7 @@ void VersionUpdate::prepare(const std::vector<Adoption>& adoptions, Room room) {
     added = addSizes(added, file.sizeBytes() - inPlace);
     written = addSizes(written, file.sizeBytes() - (isUsable ? part.size : 0));
   }
-  store_->catalog.makeRoom(added, written, kept(), room);
+  store_->catalog.makeRoom(added, written, names(), room);
   for (const std::string& part : absent) {
     directory.create(part);
   }
@@ -165,7 +165,7 @@ void VersionUpdate::place(const PartPlan& part, std::int64_t bytes) {
   requireRunning();
   VersionCatalog& catalog = store_->catalog;
   store_->entries.measure(name);
-  catalog.makeRoom(bytes - store_->entries.size(name), 0, kept(), Room::KeepActive);
+  catalog.makeRoom(bytes - store_->entries.size(name), 0, names(), Room::KeepActive);
   store_->entries.place(part.part, name);
   std::set<std::string> damaged = catalog.table().damaged;
   if (damaged.erase(name) != 0) {
@@ -282,11 +282,6 @@ FilesByName VersionUpdate::missingByName() const {
     }
   }
   return missing;
-}
-
-/// The names of files that must not be deleted to make room.
-std::set<std::string> VersionUpdate::kept() const {
-  return version_->names();
 }
 
 }  // namespace zentrel::vistabase::ardelivery

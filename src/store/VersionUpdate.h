@@ -1,9 +1,7 @@
 #pragma once
 
 #include <atomic>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -71,7 +69,6 @@ class VersionUpdate final : public PartOwner, public std::enable_shared_from_thi
   void prepare(const std::vector<Adoption>& adoptions, Room room);
   void adopt(const Adoption& adoption);
   void recordIfComplete(const std::string& lastName);
-  std::set<std::string> kept() const;
 
   const std::shared_ptr<ModelStoreState> store_;
   std::shared_ptr<const Version> version_;  // Set before anyone else sees the update.

@@ -33,12 +33,14 @@ class SharedSink {
 
 // Neither is destroyed, since a cache may report during exit.
 SharedSink& currentSink() noexcept {
-  static SharedSink& sink = *new SharedSink({&platformSink, nullptr});
+  alignas(SharedSink) static unsigned char memory[sizeof(SharedSink)];
+  static SharedSink& sink = *new (memory) SharedSink({&platformSink, nullptr});
   return sink;
 }
 
 SharedSink& currentObserver() noexcept {
-  static SharedSink& observer = *new SharedSink({});
+  alignas(SharedSink) static unsigned char memory[sizeof(SharedSink)];
+  static SharedSink& observer = *new (memory) SharedSink({});
   return observer;
 }
 

@@ -3,7 +3,6 @@
 #include <atomic>
 #include <memory>
 #include <stdexcept>
-#include <utility>
 
 #include "platform/zentreljni/Environment.h"
 
