@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# tests/inspect.sh MODELCACHE_INSPECT FOLDER: what the tool says of roots in every state, what it
-# exits with, and that it changes nothing. FOLDER has its manual and its completion.
+# tests/inspect.sh MODELCACHE_INSPECT FIXTURE MANUAL: what the tool says of roots in every state, what
+# it exits with, and that it changes nothing unless it is told to. FIXTURE makes the stores.
 set -u
-inspect=$1 manual=$2/modelcache-inspect.1 completion=$2/modelcache-inspect.bash
-failures=0
+inspect=$1 fixture=$2 manual=$3 completion=$(dirname "$0")/../tools/inspect/modelcache-inspect.bash
+completion=$(realpath "$completion")
+failures=0 unfinished=1
 nl=$'\n'
 folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
+trap 'rm -rf "$folder"; exit $((failures + unfinished))' EXIT
 cd "$folder"
 export NO_COLOR=1 LC_ALL=C.UTF-8
 
@@ -36,14 +37,13 @@ cat >all/root/metadata.json <<<'{"entries":[{"key":"new","size":7,"lastAccess":1
   {"key":"old","size":5,"lastAccess":1700000000000},{"key":"gone","size":9,"lastAccess":1},
   {"key":"versioned_index","size":1,"lastAccess":1700000002000}]}'
 
-expect 0 'new +7 B  2023-11-14 22:13Z +[0-9]+ d  shared' all/root
+expect 0 'new +7 B  2023-11-14 22:13Z  shared' all/root
 expect 0 "gone +9 B  [^$nl]*only recorded.*stray +3 B  never +only on disk.*link.*other.*part-new +4 B" all/root
-expect 0 "Total $(find all/root ! -type d -print0 | du --files0-from=- -bc | tail -1 | cut -f1) B in 7 files" all/root
-expect 0 'unfinished +4 B +1 file[^s].*The cache counts 16 B' all/root
+expect 0 "Total $(find all/root ! -type d -printf '%s\n' | paste -sd+ | bc) B, of which 16 B" all/root
 # 'stray' was never used, then 'old' is the oldest.
 expect 0 'old [^!]*evicted 2.*stray [^!]*evicted 1.*budget of 9 B: 7 B over' --budget 9 all/root
-expect 0 'Version 3, 12 B, segmentation complete.*new  7 B.*_model.bin  gone  missing' all/root
-expect 1 'version 4 of face tracking is not complete: no file for face_detector' --check all/root
+expect 0 'Version 3, 12 B, SEGMENTATION complete.*new  7 B.*_model.bin  gone  missing' all/root
+expect 1 'version 4 of FACE_TRACKING is not complete: no file for face_detector' --check all/root
 expect 1 'part-new was begun and not ended.*overwrite each other' --check all/root
 expect 0 'nothing done' --recover all/root
 order() { "$inspect" --json --sort "$1" all/root | jq -r '[.entries[].name] | join(" ")'; }
@@ -65,45 +65,81 @@ perl -MSocket -e 'socket(S, AF_UNIX, SOCK_STREAM, 0); bind(S, sockaddr_un("all/o
 expect 0 'No findings' --check empty
 expect 0 'No findings' --check all/fine
 expect 1 'exceeds the budget by 1 bytes' --check --budget 0 all/fine
-expect 1 'parse error: incomplete JSON at byte 38, after .*"last' --check all/unparsable
+expect 1 'parse error: incomplete JSON at byte 38' --check all/unparsable
 expect 1 "metadata.json is damaged: entries\\[1\\]: missing member .size.$nl.*--recover" --check all/misshapen
 expect 1 'versioned_index is damaged: versions\[0\].models: type error: expected array, found null' --check all/blind
-expect 1 'metadata.json is no file.*socket cannot be measured: every operation of the cache fails.*extra is no folder' --check all/odd
-expect 1 '-8.0 EiB of a budget of 0 B: 8.0 EiB left' --check --budget 0 all/huge
+expect 1 'metadata.json cannot be read.*socket cannot be measured: every operation of the cache fails.*extra is no folder' --check all/odd
+expect 1 '-8.0 EiB count for the budget of 0 B: 8.0 EiB left' --check --budget 0 all/huge
 
-# A store, of which a bit is flipped, then a file and a copy of its table are lost.
-mkdir -p all/store/extra
-sum=$(printf model | sha256sum | cut -c-64)
-table="sequence 1${nl}later kind${nl}version 7${nl}active 7$nl"
-for type in seg_init_net.pb seg_predict_net.pb; do
-  printf model >"all/store/$type"
-  table+="file $type 5 $sum $type$nl"
+# Stores: in order, and at work; what one that is at work has begun is no finding, and it keeps its root.
+"$fixture" all/store 5:aaaa,bbbb 6:aaaa,cc 7:ddd,cc
+bbbb=$(printf bbbb | sha256sum | cut -c-64)-seg_predict_net.pb
+ddd=$(printf ddd | sha256sum | cut -c-64)-seg_init_net.pb
+expect 0 'of SEGMENTATION.*shared.*13 B count for the budget of 14 B.*delete 1 files, version 5.*Version 7, active, 5 B' --budget 14 --begin 3 all/store
+expect 0 "$bbbb +4 B[^$nl]*evicted 1" --budget 12 --check all/store
+expect 1 'an update would fail: no room for 10 more bytes' --budget 12 --begin 10 --check all/store
+expect 0 '4 files verified.*No findings' --verify all/store
+expect 0 'Holds files.*No findings' --check all/store.files
+expect 0 'a.* evicted 1.*delete 1 files' --budget 4 all/store.files
+for order in '--trim-except 6 7 4' '--activate 4' '--export 4 out'; do
+  expect 2 'no complete version 4' all/store $order
 done
-check=$(printf %s "$table" | gzip | tail -c8 | od -An -tx4 -N4 | sed 's/^ 0*//')
-printf '%scheck %s\n' "$table" "$check" | tee all/store/.versions >all/store/extra/.versions
-jq -Rsc '{versions: [{version: 7, models: [split("\n")[] | select(startswith("file ")) | split(" ") |
-  {type: .[1], cacheKey: .[4]}]}]}' all/store/.versions >all/store/versioned_index
-expect 0 'Version 7, active, 10 B, segmentation complete.*2 files verified.*No findings' --verify --check all/store
-printf modem >all/store/seg_init_net.pb
+expect 2 'lies in the cache' --export 7 all/store/out all/store
+expect 2 'empty exists' --export 7 empty all/store
+expect 2 'do not go together' --activate 5 --json all/store
+expect 2 'does not tell of which capability' --activate 3 all/root
+expect 2 'more than one ROOT' --activate 5 all/store all/store
+coproc "$fixture" all/store hold
+held=$COPROC_PID; read -r -u "${COPROC[0]}"; rm all/store/.store
+expect 0 "open in the process $held .*running.*No findings" --check all/store
+for order in --recover '--trim-except 7' '--activate 5'; do
+  expect 2 "has a store in the process $held " all/store $order
+done
+kill -9 $held; wait $held 2>/dev/null
+expect 1 'part-[^ ]* was begun and not ended' --check all/store
+
+# What changes a store, and what it makes.
+"$inspect" --activate 5 all/store | grep -q 'versions 5 (active) 6 7' || fail "--activate"
+"$inspect" --trim-except 6 all/store | grep -q 'versions 5 (active) 6$' || fail "--trim-except"
+! ls -A all/store | grep -E "part|$ddd" || fail "--trim-except leaves files"
+"$inspect" --export 5 out all/store >/dev/null
+[[ $(head out/*) == $'==> out/seg_init_net.pb <==\naaaa\n==> out/seg_predict_net.pb <==\nbbbb' ]] ||
+  fail "--export: $(head out/*)"
+
+# Stores that are damaged, killed in between, or another release's.
+printf bbbc >"all/store/$bbbb"
 expect 0 'No findings' --check all/store
-expect 1 'init_net.pb differs from its recorded digest' --verify --check all/store
-rm all/store/{versioned_index,seg_init_net.pb,extra/.versions}
-expect 1 'version 7 is not in versioned_index.*no file for seg_init_net.pb' --check all/store
-expect 1 'extra/.versions is missing' --check all/store
-echo >>all/store/.versions
-expect 1 '.versions is damaged: the checksum is wrong' --check all/store
+expect 1 "! $bbbb is seg_predict_net.pb of version 5 .active.: differs" --verify all/store
+expect 2 "$bbbb is damaged" --export 5 out2 all/store
+printf x >"all/store/$bbbb"; rm all/store/.store
+expect 1 'has 1 bytes instead of 4' --verify all/store
+expect 1 'open would write .store.*would report: dropped version 5' --check all/store
+echo >all/store/.versions
+expect 1 "of SEGMENTATION.*Version 6, active.*report: .versions is damaged.*report: recovered the versions" --check all/store
+expect 2 'does not tell of which capability' --activate 6 all/store
+rm all/store/versioned_index
+expect 1 'neither the store.s marker' --check all/store
+for own in .store .versions; do
+  mkdir newer; printf '{"entries":[' >newer/metadata.json
+  perl -MCompress::Zlib -e '$_ = "{\"format\":2"; printf("%s,\"crc32\":%u}", $_, crc32($_))' >newer/$own
+  for order in --check --recover '--activate 1' '--export 1 out2'; do
+    expect 2 'written by a newer release, in format 2' newer $order
+  done
+  rm -r newer
+done
 
 # Names that would steer a terminal, and what they are as JSON.
 mkdir hostile
-names=($'\e[31m' $'\xE9' $'\xE0\x80\x80' $'\xF4\xBF\xBF\xBF' $'\xED\xA0\x80' $'\u202Egnp' $'\xC2\x9B'
+names=($'\e[31m' $'\xE9' $'\xE0\x80\x80' $'\xF4\xBF\xBF\xBF' $'\xED\xA0\x80' $'\u202Egnp' $'\xC2\x9B' $'\uFEFFa' $'\u200Bb'
   "$(printf '漢%.0s' {1..70})" a$'\n'b "$(printf 'long-%.0s' {1..40})")
 for name in "${names[@]}"; do touch "hostile/$name"; done
 printf '{"entries":[{"key":"\e[31m\x80"' >hostile/metadata.json
+"$fixture" stored 7:ddd,cc
 for columns in 60 120; do
-  for root in hostile all/root all/odd all/huge; do
+  for root in hostile all/root all/odd all/huge stored; do
     output=$(script -qec "stty cols $columns; '$inspect' --budget 3 $root" /dev/null | tr -d '\r')
     (($(wc -L <<<"$output") <= columns)) || fail "$root is wider than $columns columns: $output"
-    [[ $output =~ NAME.*Total.*Findings && ! $output =~ [$'\e\x9b\u202e'] ]] || fail "$root: $output"
+    [[ $output =~ NAME.*Total.*Findings && ! $output =~ [$'\e\x9b\u202e\ufeff\u200b'] ]] || fail "$root: $output"
     iconv -f UTF-8 -t UTF-16 <<<"$output" >/dev/null || fail "$root is no UTF-8"
   done
 done
@@ -112,15 +148,17 @@ for name in "${names[@]}"; do
     --arg name "$name" '.entries[] | select(.nameHex == $hex or (.nameHex == null and .name == $name))' \
     >/dev/null || fail "no $(printf %q "$name") in JSON"
 done
+script -qec "stty cols 60; '$inspect' stored" /dev/null | grep -q "^${ddd::8}[^ ]*…-seg_init_net.pb" ||
+  fail "no type at 60 columns"
 expect 2 'hostile/.x1b' $'hostile/\e'
 
 # Several roots, and what cannot be inspected.
-[[ $("$inspect" --json all fine missing 2>&1 | jq -rs 'map(.error // .root) | length') == 10 ]] ||
+[[ $("$inspect" --json all fine missing 2>&1 | jq -rs 'map(.error // .root) | length') == 11 ]] ||
   fail "$("$inspect" --json all fine missing 2>&1)"
 expect 2 'all/blind.*all/fine.*all/unparsable.*there is no folder .missing' --check all missing
 for root in missing all/fine/a foreign ''; do
   expect 2 "^modelcache-inspect: [^$nl]+$" --check "$root"
-  expect 2 '^\{"root":.*"error":' --json "$root"
+  expect 2 '^\{"format":1,"root":.*"error":' --json "$root"
 done
 expect 0 'a +1 B' --force foreign
 expect 2 'not in range' --budget -5 all/fine
@@ -131,12 +169,13 @@ damaged=$(<all/unparsable/metadata.json)
 [[ $(<all/unparsable/.metadata.json.damaged) == "$damaged" ]] || fail "--recover loses the old text"
 
 # The manual and the completion know every option.
+PATH=$(dirname "$inspect"):$PATH
 . "$completion"
 COMP_WORDS=(modelcache-inspect --) COMP_CWORD=1
 _modelcache_inspect
-[[ ${COMPREPLY[*]} == $(grep -o '^  [^A-Z ]*--[a-z]*' <("$inspect" --help) | grep -o -- '--.*' | xargs) ]] ||
+[[ ${COMPREPLY[*]} == $(grep -o '^  [^A-Z ]*--[a-z-]*' <("$inspect" --help) | grep -o -- '--.*' | xargs) ]] ||
   fail "completion: ${COMPREPLY[*]}"
 for option in "${COMPREPLY[@]}"; do
   grep -qF -- "${option//-/\\-}" "$manual" || fail "no $option in the manual"
 done
-((failures == 0))
+unfinished=0

@@ -242,4 +242,8 @@ std::shared_ptr<IDirectory> openPosixRoot(const std::string& path) {
   return openExisting(path);
 }
 
+std::shared_ptr<IDirectory> openPosixDirectory(const std::string& path) {
+  return openExisting(path);
+}
+
 }  // namespace zentrel::vistabase::ardelivery

@@ -11,4 +11,7 @@ namespace zentrel::vistabase::ardelivery {
 /// neither renaming the root nor planting a link in it leads elsewhere.
 std::shared_ptr<IDirectory> openPosixRoot(const std::string& path);
 
+/// The same for any directory, which must exist.
+std::shared_ptr<IDirectory> openPosixDirectory(const std::string& path);
+
 }  // namespace zentrel::vistabase::ardelivery

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 #include "delivery/FileNames.h"
@@ -37,6 +39,15 @@ std::string nameOfThread() {
 
 [[noreturn]] void throwInUse(const std::string& path, const std::string& holder) {
   throw StoreError(StoreError::Reason::InUse, path + " has a store in " + holder, path);
+}
+
+/// Retries once, since `findHolder` in another process holds the lock for an instant.
+bool tryLockTwice(IDirectory& root) {
+  if (root.tryLock()) {
+    return true;
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  return root.tryLock();
 }
 
 /// Best effort, since only the lock matters.
@@ -71,7 +82,7 @@ RootClaim::~RootClaim() {
 
 RootLock::RootLock(std::shared_ptr<IDirectory> root, const std::string& path)
     : root_(std::move(root)), claim_(root_->status(), path) {
-  if (!root_->tryLock()) {
+  if (!tryLockTwice(*root_)) {
     throwInUse(path, describeHolder(*root_));
   }
   recordHolder(*root_);
@@ -95,6 +106,14 @@ std::string describeHolder(IDirectory& root) {
   } catch (const std::exception&) {
     return "another process";
   }
+}
+
+std::optional<std::string> findHolder(IDirectory& root) {
+  if (!tryLockTwice(root)) {
+    return describeHolder(root);
+  }
+  root.unlock();
+  return std::nullopt;
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -40,5 +41,8 @@ class RootLock {
 
 /// Names the holder of a locked root: "the process 1234 (program)", or less if that is unknown.
 std::string describeHolder(IDirectory& root);
+
+/// The same; none if the root is free. Takes the lock for an instant, and writes nothing.
+std::optional<std::string> findHolder(IDirectory& root);
 
 }  // namespace zentrel::vistabase::ardelivery

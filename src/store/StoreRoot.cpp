@@ -68,13 +68,15 @@ bool StoreRoot::readOwnFile(const char* name, FunctionRef<void()> read) {
   return false;
 }
 
-void StoreRoot::claim(const RootContent& content) {
+std::optional<RootContent> StoreRoot::findContent() {
   std::optional<RootContent> found;
   readOwnFile(kMarkerName, [&] { found = RootMarker::read(*directory_); });
   isMarked_ = found.has_value();
-  if (!found) {
-    found = identifyRoot(*directory_);
-  }
+  return found ? found : identifyRoot(*directory_);
+}
+
+void StoreRoot::claim(const RootContent& content) {
+  const std::optional<RootContent> found = findContent();
   if (found && !found->isCompatibleWith(content)) {
     throw std::invalid_argument(path_ + " holds " + found->toString() + ", not " +
                                 content.toString());

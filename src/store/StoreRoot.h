@@ -48,6 +48,9 @@ class StoreRoot {
   /// returns false. Throws std::invalid_argument for a file of a newer release.
   bool readOwnFile(const char* name, FunctionRef<void()> read);
 
+  /// Returns what the root holds, if it can be told: none where no store has been. Throws
+  /// std::invalid_argument for a file of a newer release.
+  std::optional<RootContent> findContent();
   /// Declares what the root will hold. Throws std::invalid_argument if it holds something else.
   void claim(const RootContent& content);
 

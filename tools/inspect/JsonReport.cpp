@@ -10,13 +10,13 @@ namespace zentrel::vistabase::ardelivery::inspect {
 BOOST_DESCRIBE_STRUCT(Entry, (),
                       (name, state, recordedSize, lastAccess, sizeOnDisk, extraSize, evicted,
                        versions))
-BOOST_DESCRIBE_STRUCT(Group, (), (name, size, files))
 BOOST_DESCRIBE_STRUCT(Model, (), (type, cacheKey, name, size, recordedSize, sha256))
 BOOST_DESCRIBE_STRUCT(Version, (), (version, active, size, models, capabilities))
 BOOST_DESCRIBE_STRUCT(Finding, (), (name, text))
 BOOST_DESCRIBE_STRUCT(Report, (),
-                      (root, metadata, index, table, groups, totalSize, budget, entries, others,
-                       versions, verifiedFiles, findings))
+                      (format, root, holds, holder, metadata, index, size, totalSize, budget, begin,
+                       entries, others, versions, evictedVersions, verifiedFiles, findings,
+                       damaged))
 
 namespace {
 
@@ -56,7 +56,7 @@ std::string toJson(const Report& report) {
 }
 
 std::string toJson(const std::string& root, const std::string& error) {
-  return toLine({{"root", root}, {"error", error}});
+  return toLine({{"format", Report().format}, {"root", root}, {"error", error}});
 }
 
 }  // namespace zentrel::vistabase::ardelivery::inspect

@@ -1,63 +1,21 @@
-#include <unistd.h>
-
 #include <algorithm>
-#include <boost/algorithm/hex.hpp>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
-#include <cwchar>
-#include <numeric>
 
 #include "delivery/FileCache/CacheKey.h"
-#include "support/util/Utf.h"
+#include "delivery/FileNames.h"
+#include "support/util/joined.h"
 #include "tools/inspect/inspect.h"
 
 namespace zentrel::vistabase::ardelivery::inspect {
 namespace {
 
-/// Whether a terminal obeys the character, or shows others in another order because of it.
-bool isObeyed(char32_t character) {
-  constexpr std::pair<char32_t, char32_t> ranges[] = {
-      {0, 0x1F},        {0x7F, 0x9F},     {0x61C, 0x61C},  {0x200E, 0x200F},
-      {0x2028, 0x202E}, {0x2066, 0x2069}, {0xD800, 0xDFFF}};
-  return std::any_of(std::begin(ranges), std::end(ranges), [character](const auto& range) {
-    return character >= range.first && character <= range.second;
-  });
-}
-
-/// The end of the character at `begin`, and the columns that it takes.
-std::size_t next(std::string_view text, std::size_t begin, std::size_t& width) {
-  const char32_t character = decodeUtf8(text, begin).value_or(U'?');
-  width = static_cast<std::size_t>(std::max(::wcwidth(static_cast<wchar_t>(character)), 0));
-  return begin;
-}
-
-/// A printable text with its middle cut out, so that it takes at most `width` columns.
-std::string cut(const std::string& text, std::size_t width) {
-  const std::size_t whole = columns(text);
-  if (whole <= width) {
-    return text;
-  }
-  const std::size_t kept = width - std::min<std::size_t>(width, 3);
-  std::string left;
-  std::string right = "...";
-  std::size_t before = 0;  // Columns.
-  for (std::size_t begin = 0, end = 0, wide = 0; begin < text.size(); begin = end, before += wide) {
-    end = next(text, begin, wide);
-    if (before + wide <= (kept + 1) / 2) {
-      left += text.substr(begin, end - begin);
-    } else if (whole - before <= kept / 2) {
-      right += text.substr(begin, end - begin);
-    }
-  }
-  return left + right;
-}
-
 /// Rows of cells, each column as wide as its widest cell.
 class Table {
  public:
-  /// A letter for each column: n for names, which are cut where a line would be too long, l for
-  /// others, r for those that are aligned at their right.
+  /// A letter for each column: n for names, which are cut where a line would be too long, r for
+  /// those that are aligned at their right, l for others.
   explicit Table(std::string columns) : columns_(std::move(columns)) {}
 
   /// A row of as many printable texts as there are columns.
@@ -83,12 +41,13 @@ class Table {
  private:
   std::vector<std::size_t> fittedTo(std::size_t total) const {
     std::vector<std::size_t> widths(columns_.size());
-    for (const auto& row : rows_) {
-      for (std::size_t i = 0; i < row.size(); ++i) {
+    std::size_t sum = 2 * (widths.size() - 1);
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      for (const auto& row : rows_) {
         widths[i] = std::max(widths[i], columns(row[i]));
       }
+      sum += widths[i];
     }
-    std::size_t sum = std::accumulate(widths.begin(), widths.end(), 2 * (widths.size() - 1));
     std::size_t widest = 0;
     for (; sum > total && widths[widest] > 0; --sum, --widths[widest]) {
       for (std::size_t i = 0; i < widths.size(); ++i) {
@@ -117,24 +76,13 @@ std::string size(Number count) {
 
 /// Of a recorded time, which may be anything.
 std::string date(std::int64_t milliseconds) {
-  constexpr std::int64_t end = 253'402'300'800'000;  // of the year 9999
   const auto seconds = static_cast<std::time_t>(milliseconds / 1000);
   std::tm parts{};
   char text[32] = "no date";
-  if (milliseconds > 0 && milliseconds < end && ::gmtime_r(&seconds, &parts) != nullptr) {
+  if (milliseconds > 0 && ::gmtime_r(&seconds, &parts) != nullptr && parts.tm_year < 8100) {
     std::strftime(text, sizeof text, "%Y-%m-%d %H:%MZ", &parts);
   }
   return milliseconds == 0 ? "never" : text;
-}
-
-std::string age(std::int64_t milliseconds) {
-  const std::int64_t minutes = (std::time(nullptr) - milliseconds / 1000) / 60;
-  if (milliseconds <= 0 || minutes < 0) {
-    return "";
-  }
-  return minutes < 120    ? std::to_string(minutes) + " min"
-         : minutes < 2880 ? std::to_string(minutes / 60) + " h"
-                          : std::to_string(minutes / 1440) + " d";
 }
 
 /// Whole lines of at most `width` columns, broken at blanks and indented but for the first.
@@ -152,16 +100,17 @@ std::string wrapped(const std::string& text, std::size_t width, std::size_t inde
   return result + '\n';
 }
 
-std::string files(std::uint64_t count) {
-  return std::to_string(count) + (count == 1 ? " file" : " files");
-}
-
 class TextReport {
  public:
   TextReport(const Report& report, std::size_t width) : report_(report), width_(width) {}
 
   std::string text() {
-    text_ = cut(printable(report_.root), width_) + "\n\n";
+    text_ = cut(printable(report_.root), width_) + '\n' +
+            wrapped("Holds " + printable(report_.holds), width_, 2);
+    if (report_.holder) {
+      text_ += wrapped("A store is open in " + printable(*report_.holder), width_, 2);
+    }
+    text_ += '\n';
     addNames();
     addTotals();
     for (const Version& version : report_.versions) {
@@ -173,12 +122,13 @@ class TextReport {
 
  private:
   void addNames() {
-    Table table("nrlrl");
-    table.add({"NAME", "SIZE", "LAST USED", "AGE", "NOTE"});
+    const bool isWide = width_ >= 80;  // Else the names need the room of the dates.
+    Table table("nrll");
+    table.add({"NAME", "SIZE", isWide ? "LAST USED" : "", "NOTE"});
     for (const auto* const list : {&report_.entries, &report_.others}) {
       for (const Entry& entry : *list) {
-        const std::int64_t used = entry.lastAccess.value_or(0);
-        table.add({printable(entry.name), size(entry.size()), date(used), age(used), note(entry)});
+        const std::string used = isWide ? date(entry.lastAccess.value_or(0)) : "";
+        table.add({printable(entry.name), size(entry.size()), used, note(entry)});
       }
     }
     text_ += table.text(width_, "");
@@ -187,10 +137,10 @@ class TextReport {
   std::string note(const Entry& entry) const {
     if (entry.evicted) {
       // The cache escapes the name once more, and so looks for a file that is not there.
-      return escapeKey(entry.name) == entry.name ? "evicted " + std::to_string(*entry.evicted)
-                                                 : "stays";
+      const bool isFound = report_.isStore() || escapeKey(entry.name) == entry.name;
+      return isFound ? "evicted " + std::to_string(*entry.evicted) : "stays";
     }
-    const bool isModel = !report_.versions.empty() && entry.name != "versioned_index";
+    const bool isModel = !report_.versions.empty() && entry.name != kIndexName;
     return entry.state != "present"            ? entry.state
            : entry.versions.size() > 1         ? "shared"
            : isModel && entry.versions.empty() ? "no version"
@@ -199,22 +149,23 @@ class TextReport {
   }
 
   void addTotals() {
-    Group all{"Total"};
-    Table table("lrr");
-    for (const Group& group : report_.groups) {
-      all.size += group.size;
-      all.files += group.files;
-      table.add({group.name, size(group.size), files(group.files)});
-    }
-    text_ += "\nTotal " + size(all.size) + " in " + files(all.files) + '\n';
-    text_ += table.text(width_, "  ");
-    std::string line = "The cache counts " + size(report_.totalSize);
+    std::string line = "\nTotal " + size(report_.size) + ", of which " + size(report_.totalSize) +
+                       " count for the budget";
     if (const auto& budget = report_.budget) {
       const double left = static_cast<double>(*budget) - static_cast<double>(report_.totalSize);
-      line += " of a budget of " + size(*budget) + ": " + size(std::abs(left)) +
-              (left < 0 ? " over" : " left");
+      line += " of " + size(*budget) + ": " + size(std::abs(left)) + (left < 0 ? " over" : " left");
     }
     text_ += wrapped(line, width_, 2);
+    if (report_.budget && report_.isStore()) {
+      line = joined("An update of ", size(report_.begin), " would delete ",
+                    std::count_if(report_.entries.begin(), report_.entries.end(),
+                                  [](const Entry& each) { return each.evicted; }),
+                    " files");
+      for (const std::int32_t version : report_.evictedVersions) {
+        line += joined(", version ", version);
+      }
+      text_ += wrapped(line, width_, 2);
+    }
   }
 
   void addVersion(const Version& version) {
@@ -232,14 +183,13 @@ class TextReport {
   }
 
   void addFindings() {
-    text_ += report_.verifiedFiles ? '\n' + files(*report_.verifiedFiles) + " verified\n" : "";
+    text_ += report_.verifiedFiles ? joined("\n", *report_.verifiedFiles, " files verified\n") : "";
     text_ += report_.findings.empty() ? "\nNo findings\n" : "\nFindings\n";
     for (const Finding& finding : report_.findings) {
-      const std::string name = cut(printable(finding.name), width_ / 2);
+      const std::string name = cut(printable(finding.name), std::max<std::size_t>(width_ / 2, 34));
       text_ += "  ! " + wrapped(name + (name.empty() ? "" : " ") + finding.text, width_ - 4, 4);
     }
-    if (report_.metadata != "missing" && report_.metadata != "present" &&
-        report_.metadata != "cannot be read" && ::access(report_.root.c_str(), W_OK) == 0) {
+    if (beginsWith(report_.metadata, "is damaged")) {
       text_ += wrapped(
           "Every operation of the cache fails until --recover sets metadata.json aside", width_, 0);
     }
@@ -251,35 +201,6 @@ class TextReport {
 };
 
 }  // namespace
-
-std::string toUtf8(std::string_view bytes,
-                   const std::function<std::string(std::string_view)>& replace) {
-  std::string text;
-  for (std::size_t begin = 0, end = 0; begin < bytes.size(); begin = end) {
-    const auto character = decodeUtf8(bytes, end);
-    const std::string_view run = bytes.substr(begin, end - begin);
-    text += character && !isObeyed(*character) ? std::string(run) : replace(run);
-  }
-  return text;
-}
-
-std::string printable(std::string_view bytes) {
-  return toUtf8(bytes, [](std::string_view run) {
-    std::string text;
-    for (const char byte : run) {
-      text += "\\x" + boost::algorithm::hex_lower(std::string(1, byte));
-    }
-    return text;
-  });
-}
-
-std::size_t columns(std::string_view text) {
-  std::size_t sum = 0;
-  for (std::size_t at = 0, width = 0; at < text.size(); sum += width) {
-    at = next(text, at, width);
-  }
-  return sum;
-}
 
 std::string toText(const Report& report, std::size_t width) {
   return TextReport(report, width).text();
