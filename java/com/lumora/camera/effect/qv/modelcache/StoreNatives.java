@@ -39,63 +39,44 @@ final class StoreNatives {
     /** Calls {@link ModelStore#publish} of the store, now and after each change. */
     static native long openModels(ModelStore store, String root, String capability, String[] types,
             long maxSizeBytes) throws StoreException;
-
     static native long begin(long store, int version, String[] types, long[] sizes,
             String[] digests, boolean isActiveGivenUp) throws StoreException;
-
     static native void activate(long store, int version) throws StoreException;
-
     static native void deactivate(long store) throws StoreException;
-
     static native void trimExcept(long store, int[] versions) throws StoreException;
-
     /** Types, sizes and digests. */
     static native Object[] verify(long store) throws StoreException;
-
     /** Types, sizes, digests and paths. */
     static native Object[] files(long store, int version);
 
-    static native long sizeBytes(long store) throws StoreException;
-
-    static native void setMaxSizeBytes(long store, long bytes);
-
     /** Types, sizes and digests. */
     static native Object[] missing(long update);
-
-    static native long writeModel(long update, String type, long sizeBytes, String sha256) throws StoreException;
-
+    static native long writeModel(long update, String type, long sizeBytes, String sha256)
+            throws StoreException;
     static native void activateUpdate(long update) throws StoreException;
-
     static native long totalBytes(long update);
-
     static native long remainingBytes(long update) throws StoreException;
-
     static native void cancel(long update);
 
     static native long openFiles(String root, long maxSizeBytes) throws StoreException;
-
     static native String get(long store, String key) throws StoreException;
-
     static native long write(long store, String key) throws StoreException;
-
-    static native long writeKnown(long store, String key, long sizeBytes, String sha256) throws StoreException;
-
+    static native long writeKnown(long store, String key, long sizeBytes, String sha256)
+            throws StoreException;
     static native boolean remove(long store, String key) throws StoreException;
-
     static native void clear(long store) throws StoreException;
-
     static native byte[] extra(long store, String key) throws StoreException;
-
     static native boolean setExtra(long store, String key, byte[] extra) throws StoreException;
-
     static native String[] keys(long store) throws StoreException;
 
+    /** Of either kind of store. */
+    static native long sizeBytes(long store) throws StoreException;
+    static native void setMaxSizeBytes(long store, long bytes);
+
     static native long offset(long writer);
-
-    static native void append(long writer, byte[] bytes, int offset, int length) throws StoreException;
-
+    static native void append(long writer, byte[] bytes, int offset, int length)
+            throws StoreException;
     static native void restart(long writer) throws StoreException;
-
     static native void commit(long writer) throws StoreException;
 
     /** Closes the object, and those that belong to it. */
