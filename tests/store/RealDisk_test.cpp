@@ -174,6 +174,7 @@ TEST_F(SmallDisk, canBeReadFromWhileItIsReadOnly) {
     remount(0);
     store->activate(1);
     store->activate(2);
+    EXPECT_TRUE(root_.has(kMarkerName)) << "before the first change";
   }
 }
 
