@@ -98,7 +98,7 @@ void expectReport(const FileCacheCall& operation, bool isUnknown, const Reports&
   EXPECT_EQ(beginning + (isUnknown ? "unknown error" : "100%s"), reports[0].message);
 }
 
-TEST(FailingStorage, leavesTheFileCacheWithOneReportANeutralResultAndEveryOtherEntry) {
+TEST(FailingStorage, givesANeutralResultOneReportAndCostsNoOtherEntry) {
   for (const FileCacheCall& operation : kFileCacheCalls) {
     SCOPED_TRACE(operation.signature);
     for (const Faults faults : {Faults::One, Faults::OneUnknown, Faults::FromThereOn}) {
@@ -136,7 +136,7 @@ const VersionedCall kVersionedCalls[] = {
       "Could not delete version: 1 unknown exception: "}},
 };
 
-TEST(FailingStorage, leavesTheVersionedCacheWithAnExceptionOrAnIncompleteAnswer) {
+TEST(FailingStorage, makesTheVersionedCacheThrowOrReport) {
   const auto types =
       std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}});
   for (const auto& [call, expectedErrors] : kVersionedCalls) {

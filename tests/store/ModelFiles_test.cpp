@@ -119,6 +119,12 @@ TEST_F(ModelFiles, thatAreDamagedAreFetchedAgain) {
     expectActive(2);
     EXPECT_THAT(store_->verify(), IsEmpty());
   }
+  const auto file = disk_.environment().openRoot(kRoot)->openForAppending(name);
+  file->truncate();
+  file->append(std::string(kSize, '?').data(), kSize);
+  disk_.failOnce("rename", ".versions", EIO);
+  EXPECT_THAT(store_->verify(), ElementsAre(files2_[0]));
+  EXPECT_THAT(store_->begin(2, files2_)->missing(), ElementsAre(files2_[0])) << "it is known";
 }
 
 TEST_F(ModelFiles, thatAreFoundDamagedDuringAnUpdateAreMissingFromIt) {
@@ -147,8 +153,10 @@ TEST_F(ModelFiles, thatAreProvenLostCostTheirVersion) {
   EXPECT_EQ(Reason::Io, reasonOf([&] { open(); })) << "which proves nothing";
   open();
   EXPECT_THAT(versions(), ElementsAre(1));
+  const auto update = store_->begin(3, files1_);
   disk_.environment().openRoot(kRoot)->remove(nameOf(files1_[1]));
   EXPECT_EQ(Reason::Damaged, reasonOf([&] { store_->activate(1); }));
+  EXPECT_EQ(Reason::Damaged, reasonOf([&] { update->activate(); }));
 }
 
 TEST_F(ModelFiles, ofRawCachesAreTakenOnABudgetOfExactlyThat) {

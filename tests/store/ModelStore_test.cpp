@@ -39,6 +39,7 @@ TEST_F(ModelStoreTest, asksForFilesThatNoVersionHas) {
     EXPECT_THROW(update->activate(), UsageError);
   }
   EXPECT_THAT(store_->begin(3, files1_)->missing(), IsEmpty());
+  EXPECT_FALSE(has(".part-" + nameOf(files2_[0]))) << "which is not for this version";
   EXPECT_THAT(versions(), ElementsAre(1, 3));
   expectActive(1);
 }
@@ -150,6 +151,17 @@ TEST_F(ModelStoreTest, keepsTheBytesOfACancelledUpdate) {
   EXPECT_THROW(update->activate(), CancelledError);
   update->close();
   EXPECT_THAT(store_->begin(1, files1_)->missing(), SizeIs(3));
+}
+
+TEST_F(ModelStoreTest, takesACommitBackThatCannotBeRecorded) {
+  const auto update = store_->begin(1, files1_);
+  for (std::size_t i = 0; i < 3; ++i) {
+    download(*update, files1_[i], 1);
+  }
+  disk_.failOnce("rename", ".versions", EIO);
+  EXPECT_EQ(Reason::Io, reasonOf([&] { download(*update, files1_[3], 1); }));
+  EXPECT_THAT(update->missing(), ElementsAre(files1_[3]));
+  EXPECT_EQ(kSize, update->write(files1_[3])->offset());
 }
 
 TEST_F(ModelStoreTest, opensNoRootOfAnotherKind) {
