@@ -137,6 +137,26 @@ TEST_F(FileStoreTest, keepsWhatIsBeingWritten) {
   EXPECT_THAT(store_->keys(), UnorderedElementsAre("one", "two"));
 }
 
+TEST_F(FileStoreTest, checksWhatAnEarlierProcessLeft) {
+  const std::string right(40, 'k'), wrong(40, 'w'), part = ".resume-" + sha256(right);
+  const std::pair<std::string, std::int64_t> cases[] = {
+      {right, 40}, {wrong, 0}, {right + right, 0}, {right.substr(20), 0}};
+  for (const auto& [left, offset] : cases) {
+    store_.reset();
+    disk_ = SimulatedDisk({{part, left}});
+    open();
+    left.size() == 20 ? disk_.failOnce("read", part, EIO) : void();
+    auto out = store_->write("key", 40, sha256(right));
+    EXPECT_EQ(offset, out->offset());
+    out->restart();
+    EXPECT_EQ(Reason::WrongContent, reasonOf([&] { put(*out, wrong); }));
+    out = store_->write("key", 40, sha256(right));
+    disk_.failOnce("sync", part, EIO);
+    EXPECT_EQ(Reason::Io, reasonOf([&] { put(*out, right); }));
+    EXPECT_EQ(0, store_->write("key", 40, sha256(right))->offset()) << "nobody knows what lasts";
+  }
+}
+
 TEST_F(FileStoreTest, countsAndClearsWhatOthersPutThere) {
   store_.reset();
   disk_ = SimulatedDisk({{"dir/sub/file", std::string(40, 'x')},

@@ -76,6 +76,7 @@ TEST_F(ModelFiles, ofTheActiveVersionMakeRoomIfThatIsAllowedAndNeeded) {
   download(*update, files2_[1], 2);
   update->activate();
   expectActive(2);
+  EXPECT_THROW(update->missing(), UsageError) << "it has ended";
 }
 
 TEST_F(ModelFiles, areTrimmedButForTheActiveVersionAndThoseNamed) {
