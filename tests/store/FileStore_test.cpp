@@ -143,7 +143,7 @@ TEST_F(FileStoreTest, checksWhatAnEarlierProcessLeft) {
       {right, 40}, {wrong, 0}, {right + right, 0}, {right.substr(20), 0}};
   for (const auto& [left, offset] : cases) {
     store_.reset();
-    disk_ = SimulatedDisk({{part, left}});
+    disk_ = SimulatedDisk(Image{std::pair(part, left)});
     open();
     left.size() == 20 ? disk_.failOnce("read", part, EIO) : void();
     auto out = store_->write("key", 40, sha256(right));
