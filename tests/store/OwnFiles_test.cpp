@@ -6,7 +6,6 @@
 
 #include "delivery/FileNames.h"
 #include "store/CheckedDocument.h"
-#include "store/DiskFileStore.h"
 #include "store/DiskModelStore.h"
 #include "store/VersionIndex.h"
 #include "tests/store/Samples.h"
@@ -95,17 +94,6 @@ TEST(OwnFiles, comeBackFromTheIndexAsFarAsDigestsConfirm) {
   EXPECT_EQ(1, store->snapshot()->active) << "the last one that is whole";
 }
 
-TEST(OwnFiles, ofAnEarlierReleaseComeBackFromTheIndex) {
-  const SoftErrors softErrors;
-  Image image = filledRoot();
-  image.erase(kMarkerName);
-  image[kTableName] = "capability FACE_TRACKING\nsequence 1\nversion 2\ncheck 0\n";
-  image["extra/"] = "";
-  image["extra/.versions"] = image[kTableName];
-  image["metadata.json"] = R"({"entries":[]})";
-  expectMended(image, kTableName);
-}
-
 TEST(OwnFiles, ofANewerReleaseAreLeftAlone) {
   const SoftErrors softErrors;
   for (const char* name : {kMarkerName, kTableName}) {
@@ -151,18 +139,6 @@ TEST(OwnFiles, giveTheIndexWithTheActiveVersionLast) {
   const auto indexed = readIndex(disk.now()[kIndexName]);
   ASSERT_EQ(3u, indexed.size());
   EXPECT_EQ(1, indexed.back().number);
-}
-
-TEST(OwnFiles, ofFilesAreMendedToo) {
-  const SoftErrors softErrors;
-  SimulatedDisk first;
-  DiskFileStore::open(kRoot, 10, first.environment());
-  Image image = first.now();
-  image[kMarkerName].pop_back();
-  SimulatedDisk disk(image);
-  DiskFileStore::open(kRoot, 10, disk.environment());
-  EXPECT_EQ(1, SoftErrors::count);
-  EXPECT_EQ(first.now()[kMarkerName], disk.now()[kMarkerName]);
 }
 
 }  // namespace
