@@ -49,10 +49,11 @@ class FileStoreDriver {
     const std::string sha256 = digest->finish(), part = std::string(prefix) + sha256;
     const auto size = static_cast<std::int64_t>(whole.size());
     std::unique_ptr<EntryWriter> out;
-    if (!succeeds([&] {
-          out = prefix.empty() ? store_->write(key_) : store_->write(key_, size, sha256);
-        })) {
-      return whole.size() > budget_;
+    const bool isTooLarge = !prefix.empty() && whole.size() > budget_;
+    const bool isOpen = succeeds(
+        [&] { out = prefix.empty() ? store_->write(key_) : store_->write(key_, size, sha256); });
+    if (isTooLarge || !isOpen) {
+      return isTooLarge != isOpen;
     }
     Item item = items_.emplace(part, Item{"", ++writes_}).first->second;
     const bool isResumed = out->offset() == static_cast<std::int64_t>(item.bytes.size());

@@ -166,15 +166,13 @@ TEST_F(ModelStoreTest, takesACommitBackThatCannotBeRecorded) {
 
 TEST_F(ModelStoreTest, opensNoRootOfAnotherKind) {
   getVersions({1});
-  for (const std::vector<std::string>& lost :
-       std::vector<std::vector<std::string>>{{}, {".store"}, {".store", ".versions"}}) {
-    reopenWith([&](Image& image) {
-      for (const std::string& name : lost) {
-        image.erase(name);
-      }
-    });
-    store_.reset();
-    const Image before = disk_.now();
+  store_.reset();
+  const Image good = disk_.now();
+  for (const char* lost : {"", "versioned_index", ".versions"}) {
+    Image before = good;
+    before.erase(lost);
+    *lost == '\0' ? 0u : before.erase(".store");
+    disk_ = SimulatedDisk(before);
     EXPECT_THROW(DiskFileStore::open(kRoot, 1, disk_.environment()), std::invalid_argument);
     EXPECT_THROW(DiskModelStore::open(kRoot, Capability::segmentation(), 1, disk_.environment()),
                  std::invalid_argument);

@@ -112,6 +112,7 @@ TEST(OwnFiles, thatContradictThemselvesOrLeadToNoEntriesAreDamaged) {
   const Image good = filledRoot();
   const std::string name = nameOf(filesOf(2)[0]), other = nameOf(filesOf(1)[0]);
   const std::pair<std::string, std::string> changes[] = {{name, "../outside"},
+                                                         {name, "link/outside"},
                                                          {name, ".lock"},
                                                          {name, "extra"},
                                                          {name, ""},

@@ -69,7 +69,10 @@ TEST_F(RealDisk, isSyncedAsOftenAsItHasToBe) {
       {[&] { files = FileStore::open(root_ / "d", 100); }, 1 + 2},
       {[&] { put(*files->write("key"), "1"); }, 2},
       {[&] { files->setExtra("key", {1}); }, 1 + 2},  // The new directory.
-      {[&] { files->remove("key"); }, 2}};
+      {[&] { files->remove("key"); }, 2},
+      {[&] { files->write("known", 3, sha256("abc"))->write("a", 1); }, 0},
+      {[&] { put(*files->write("known", 3, sha256("abc")), "bc"); }, 2},
+      {[&] { files->clear(); }, 1}};
   for (const auto& [call, expected] : steps) {
     const int before = syncs;
     call();
