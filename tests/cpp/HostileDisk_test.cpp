@@ -116,19 +116,23 @@ TEST_F(HostileDisk, setsMetadataAsideThatIsDamaged) {
 }
 
 TEST_F(HostileDisk, keepsGoodMetadataThatAppearsMeanwhile) {
-  const std::string written = R"({"entries":[]})";
-  root_.write("metadata.json", "{");
-  Observer observer(root_.path());
-  observer.hook = [&](auto& operation) {
-    if (operation == "moveFile") {
-      root_.write("metadata.json", written);
-    }
-  };
-  ObservedFileIO io(observer);
-  ObservedFilesystem filesystem(observer);
-  EXPECT_EQ(MetadataRecovery::NothingToMend, recoverMetadata(root_.path(), io, filesystem));
-  EXPECT_EQ(written, root_.read("metadata.json"));
-  EXPECT_FALSE(root_.has(".metadata.json.damaged"));
+  const std::string first = R"({"entries":[]})", second = R"({"entries": []})";
+  for (const bool isReplacedAgain : {false, true}) {
+    root_.write("metadata.json", "{");
+    Observer observer(root_.path());
+    observer.hook = [&, wasMoved = false](auto& operation) mutable {
+      if (operation == "moveFile" && !std::exchange(wasMoved, true)) {
+        root_.write("metadata.json", first);
+      } else if (operation == "readFile" && wasMoved && isReplacedAgain) {
+        root_.write("metadata.json", second);
+      }
+    };
+    ObservedFileIO io(observer);
+    ObservedFilesystem filesystem(observer);
+    EXPECT_EQ(MetadataRecovery::NothingToMend, recoverMetadata(root_.path(), io, filesystem));
+    EXPECT_EQ(isReplacedAgain ? second : first, root_.read("metadata.json"));
+    EXPECT_FALSE(root_.has(".metadata.json.damaged"));
+  }
 }
 
 }  // namespace
