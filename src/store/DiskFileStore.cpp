@@ -171,6 +171,7 @@ std::unique_ptr<EntryWriter> DiskFileStore::write(const std::string& key, std::i
 }
 
 std::string DiskFileStore::getOrFetch(const std::string& key, const Fetch& fetch) {
+  state_->root->requireOpen();  // Also for whoever would only wait.
   return flights_.run(key, [&] {
     if (const auto path = get(key)) {
       return *path;
@@ -182,6 +183,7 @@ std::string DiskFileStore::getOrFetch(const std::string& key, const Fetch& fetch
 
 std::string DiskFileStore::getOrFetch(const std::string& key, std::int64_t sizeBytes,
                                       const std::string& sha256, const Fetch& fetch) {
+  state_->root->requireOpen();  // Also for whoever would only wait.
   return flights_.run(key, [&] {
     const auto path = get(key);
     const std::string name = nameOfKey(key);

@@ -15,9 +15,9 @@ PartWriter::PartWriter(std::shared_ptr<StoreRoot> root, PartPlan plan)
     : root_(std::move(root)), plan_(std::move(plan)) {}
 
 void PartWriter::activate(const std::shared_ptr<PartWriter>& writer) {
-  const std::lock_guard<std::mutex> guard(writer->mutex_);
-  writer->root_->writers().add(writer->plan_.entry, writer->plan_.part, writer);
+  // Without its lock, which comes before the root's: no other thread knows the writer yet.
   writer->isActive_ = true;
+  writer->root_->writers().add(writer->plan_.entry, writer->plan_.part, writer);
 }
 
 PartHandle::PartHandle(std::shared_ptr<StoreRoot> root, PartPlan plan)

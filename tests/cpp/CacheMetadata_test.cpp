@@ -6,11 +6,8 @@
 #include <limits>
 
 #include "delivery/FileCache/CacheEvictor.h"
-#include "delivery/FileCache/CacheMetadataFilesystemSynchronizer.h"
 #include "delivery/FileCache/CacheMetadataSerializer.h"
-#include "delivery/Storage/FilesystemOperations.h"
 #include "tests/cpp/Errors.h"
-#include "tests/cpp/TemporaryDirectory.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -57,26 +54,7 @@ struct OtherMetadata : ICacheMetadata {
   std::function<Entries()> getRecords;
 };
 
-TEST(OtherMetadata, mayHaveTwoRecordsOfOneNameThatAreSynchronizedAlike) {
-  const Entries twice{{"a", {5, 1, false}}, {"b", {9, 2, false}}, {"a", {7, 2, false}}};
-  const struct {
-    std::vector<std::string> names;
-    std::int64_t total;  // 0: as it was passed in.
-  } cases[] = {{{"a", "b"}, 0}, {{"a"}, 12}, {{"b", "c", ".d", "x"}, 10}, {{"a", "b", "c"}, 22}};
-  for (const auto& [names, total] : cases) {
-    const TemporaryDirectory root;
-    for (const std::string& name : names) {
-      root.write(name, "1");
-    }
-    CacheMetadataFilesystemSynchronizer synchronizer(std::make_shared<FilesystemOperations>());
-    const auto result = synchronizer.synchronize(
-        std::make_unique<OtherMetadata>([&] { return twice; }), root.path(), {"x"});
-    EXPECT_EQ(total != 0, result.changed);
-    EXPECT_EQ(total, result.metadata->getTotalSize()) << testing::PrintToString(names);
-  }
-}
-
-TEST(OtherMetadata, mayFailToBeSerialized) {
+TEST(CacheMetadataSerializer, tellsWhatAReplacementOfTheMetadataThrew) {
   const auto errorOfSerializing = [](std::function<Entries()> records) {
     return errorOf([&] { CacheMetadataSerializer().serialize(OtherMetadata(records)); });
   };

@@ -32,7 +32,7 @@ class HostileDisk : public testing::Test {
   std::shared_ptr<IFileCache> cache_ = createFileCache(root_.path(), 1000);
 };
 
-TEST_F(HostileDisk, mayNotLetACacheReloadWhichThenAnswersNeutrallyWithOneReport) {
+TEST_F(HostileDisk, answersNeutrallyWithOneReportIfItCannotReload) {
   const struct {
     std::string root, cause;
   } cases[] = {
@@ -64,7 +64,7 @@ TEST_F(HostileDisk, mayNotLetACacheReloadWhichThenAnswersNeutrallyWithOneReport)
   EXPECT_EQ("1", root_.read("file"));
 }
 
-TEST_F(HostileDisk, hasNoNamesAsLongAsThat) {
+TEST_F(HostileDisk, reportsNamesThatAreTooLong) {
   root_.write("k", "1");
   for (const FileCacheCall& operation : kFileCacheCalls) {
     if (operation.signature.find("getCacheEntry") == 0 || operation.label == "remove") {
@@ -75,7 +75,7 @@ TEST_F(HostileDisk, hasNoNamesAsLongAsThat) {
   EXPECT_EQ(1, cache_->getSize());
 }
 
-TEST_F(HostileDisk, mayHaveLinksWhoseTargetsStay) {
+TEST_F(HostileDisk, removesLinksAndNotTheirTargets) {
   const TemporaryDirectory outside;
   outside.write("file", "outside");
   outside.write("dir/file", "outside");
@@ -99,7 +99,7 @@ TEST_F(HostileDisk, mayHaveLinksWhoseTargetsStay) {
   EXPECT_THAT(takeErrors(), ElementsAre());
 }
 
-TEST_F(HostileDisk, hasMetadataSetAsideOnlyWhenItCannotBeRead) {
+TEST_F(HostileDisk, setsMetadataAsideThatIsDamaged) {
   using Is = MetadataRecovery;
   const std::string file = root_ / "metadata.json";
   EXPECT_EQ(Is::NothingToMend, recoverMetadata(root_.path()));
@@ -115,20 +115,24 @@ TEST_F(HostileDisk, hasMetadataSetAsideOnlyWhenItCannotBeRead) {
   EXPECT_TRUE(root_.has("metadata.json"));
 }
 
-TEST_F(HostileDisk, mayGetGoodMetadataWhileTheDamagedIsSetAside) {
-  const std::string written = R"({"entries":[]})";
-  root_.write("metadata.json", "{");
-  Observer observer(root_.path());
-  observer.hook = [&](auto& operation) {
-    if (operation == "moveFile") {
-      root_.write("metadata.json", written);
-    }
-  };
-  ObservedFileIO io(observer);
-  ObservedFilesystem filesystem(observer);
-  EXPECT_EQ(MetadataRecovery::NothingToMend, recoverMetadata(root_.path(), io, filesystem));
-  EXPECT_EQ(written, root_.read("metadata.json"));
-  EXPECT_FALSE(root_.has(".metadata.json.damaged"));
+TEST_F(HostileDisk, keepsGoodMetadataThatAppearsMeanwhile) {
+  const std::string first = R"({"entries":[]})", second = R"({"entries": []})";
+  for (const bool isReplacedAgain : {false, true}) {
+    root_.write("metadata.json", "{");
+    Observer observer(root_.path());
+    observer.hook = [&, wasMoved = false](auto& operation) mutable {
+      if (operation == "moveFile" && !std::exchange(wasMoved, true)) {
+        root_.write("metadata.json", first);
+      } else if (operation == "readFile" && wasMoved && isReplacedAgain) {
+        root_.write("metadata.json", second);
+      }
+    };
+    ObservedFileIO io(observer);
+    ObservedFilesystem filesystem(observer);
+    EXPECT_EQ(MetadataRecovery::NothingToMend, recoverMetadata(root_.path(), io, filesystem));
+    EXPECT_EQ(isReplacedAgain ? second : first, root_.read("metadata.json"));
+    EXPECT_FALSE(root_.has(".metadata.json.damaged"));
+  }
 }
 
 }  // namespace

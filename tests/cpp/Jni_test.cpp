@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <functional>
 #include <map>
+#include <thread>
 #include <vector>
 
 #include "jni/ModelCacheHybrid.h"
@@ -25,6 +28,7 @@ struct FakeVm {
   std::string missingClass;
   jint getEnvResult = JNI_OK, registerResult = JNI_OK;
   jlong field = 0;
+  std::function<void()> whileReading = [] {};  // The field.
   int pending = 0, localRefs = 0, pinnedArrays = 0;
   jbyte bytes[3] = {1, -2, 3};
 
@@ -64,7 +68,9 @@ struct FakeVm {
     functions.NewObjectV = [](JNIEnv*, jclass, jmethodID, va_list) { return newLocal(); };
     functions.NewString = [](JNIEnv*, const jchar*, jsize) { return newLocal<jstring>(); };
     functions.GetObjectField = [](JNIEnv*, jobject, jfieldID) { return newLocal(); };
-    functions.GetLongField = [](JNIEnv*, jobject, jfieldID) { return current->field; };
+    functions.GetLongField = [](JNIEnv*, jobject, jfieldID) {
+      return current->whileReading(), current->field;
+    };
     functions.SetLongField = [](JNIEnv*, jobject, jfieldID, jlong to) { current->field = to; };
     functions.DeleteLocalRef = [](JNIEnv*, jobject) { --current->localRefs; };
     functions.ExceptionCheck = [](JNIEnv*) { return jboolean(current->pending != 0); };
@@ -148,11 +154,11 @@ TEST(Jni, givesBackTheElementsOfByteArrays) {
 
 TEST(Jni, deletesAPeerOnceNoCallIsInsideIt) {
   struct Peer : jni::HybridBase {
-    explicit Peer(bool& isAlive) : alive(isAlive) { alive = true; }
+    explicit Peer(std::atomic<bool>& isAlive) : alive(isAlive) { alive = true; }
     ~Peer() override { alive = false; }
-    bool& alive;
+    std::atomic<bool>& alive;
   };
-  bool alive = false;
+  std::atomic<bool> alive = false;
   FakeVm fake;
   jni::HybridData::registerNatives();
   const auto deleteNative = reinterpret_cast<void (*)(JNIEnv*, jclass, jlong)>(
@@ -168,6 +174,18 @@ TEST(Jni, deletesAPeerOnceNoCallIsInsideIt) {
     pinned.reset();
     EXPECT_FALSE(alive);
   }
+  std::thread other;
+  fake.whileReading = [&] {
+    other = std::thread([&] { deleteNative(&fake.env, nullptr, fake.field); });
+    for (int i = 0; i < 10'000 && alive; ++i) {
+      std::this_thread::yield();
+    }
+    EXPECT_TRUE(alive) << "a peer that is found is there";
+  };
+  jni::HybridData::own(std::make_unique<Peer>(alive));
+  jni::peerOf<Peer>(nullptr).reset();
+  other.join();
+  EXPECT_FALSE(alive);
   EXPECT_EQ(0, fake.localRefs);
 }
 

@@ -71,13 +71,14 @@ struct ObservedFileIO : IFileIO {
 };
 
 /// The file cache of `createFileCache` without its error logging, on observed storage.
-inline std::shared_ptr<IFileCache> observedCache(const std::string& root, std::int64_t budget,
-                                                 Observer& observer) {
+template <class Cache = FileCacheImpl>
+std::shared_ptr<IFileCache> observedCache(const std::string& root, std::int64_t budget,
+                                          Observer& observer) {
   const auto filesystem = quovix::make_shared_ref<ObservedFilesystem>(observer);
-  return std::make_shared<FileCacheImpl>(
-      root, std::make_unique<ObservedFileIO>(observer), std::make_unique<CacheMetadataSerializer>(),
-      std::make_unique<CacheMetadataFilesystemSynchronizer>(filesystem), filesystem,
-      std::make_unique<CacheEvictor>(budget));
+  return std::make_shared<Cache>(root, std::make_unique<ObservedFileIO>(observer),
+                                 std::make_unique<CacheMetadataSerializer>(),
+                                 std::make_unique<CacheMetadataFilesystemSynchronizer>(filesystem),
+                                 filesystem, std::make_unique<CacheEvictor>(budget));
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -1,6 +1,6 @@
 // modelcache_random [STEPS]: random operations on a real root, each compared with a plain model of
-// the contract: result, files, extra bytes and metadata.json. A failure is told with the seed,
-// which MODELCACHE_SEED replays.
+// the contract: result, files, extra bytes and metadata.json; and as many of a FileStore. A failure
+// is told with the seed, which MODELCACHE_SEED replays.
 
 #include <algorithm>
 #include <chrono>
@@ -9,6 +9,7 @@
 
 #include "delivery/FileCache/CacheMetadata.h"
 #include "delivery/FileCache/createFileCache.h"
+#include "tests/cpp/RandomFileStore.h"
 #include "tests/cpp/Seed.h"
 #include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
@@ -260,9 +261,12 @@ int main(int argumentCount, char** arguments) {
   const long steps = argumentCount > 1 ? std::strtol(arguments[1], nullptr, 10) : 10'000;
   const unsigned seed = givenOrNewSeed();
   Driver driver(seed);
+  FileStoreDriver storeDriver(seed);
   for (long step = 1; step <= steps; ++step) {
-    if (!driver.step()) {
-      std::cerr << "MODELCACHE_SEED=" << seed << ": step " << step << " came out differently\n";
+    const bool isSame = driver.step();
+    if (!isSame || !storeDriver.step()) {
+      std::cerr << "MODELCACHE_SEED=" << seed << ": step " << step << " of the "
+                << (isSame ? "store" : "raw cache") << " came out differently\n";
       return 1;
     }
   }

@@ -11,7 +11,7 @@ namespace {
 using zentrel::vistabase::ardelivery::ICacheMetadata;
 using zentrel::vistabase::ardelivery::IFilesystemOperations;
 
-TEST(References, reportEachAccessToNullWithTheSameTextsUnderEveryCompiler) {
+TEST(References, reportEachAccessToNullAlikeUnderEveryCompiler) {
   const SoftErrorRecorder recorder;
   const quovix::shared_ref<IFilesystemOperations> shared(std::shared_ptr<IFilesystemOperations>{});
   EXPECT_EQ(nullptr, shared.get());
@@ -41,7 +41,7 @@ TEST(References, reportEachAccessToNullWithTheSameTextsUnderEveryCompiler) {
   EXPECT_EQ("AREngine", records[2].category);
 }
 
-TEST(References, reportMovedFromReferencesAndTheirMoveAssignmentOnly) {
+TEST(References, reportOnlyTheUseOfMovedFromReferences) {
   const SoftErrorRecorder recorder;
   auto first = quovix::make_unique_ref<int>(1);
   auto second = std::move(first);

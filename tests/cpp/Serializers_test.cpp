@@ -90,49 +90,5 @@ TEST(Serializers, tellTheFirstFailureInTheOrderOfTheirLookUps) {
                 R"({"versions":[{"version":1,"models":[{"type":null}]}]})"));
 }
 
-/// Damages a document in every way that a loop can reach: any outcome will do but a wrong message,
-/// a crash or undefined behaviour. `values` are texts of values in it.
-template <class Serializer>
-void damage(const std::string& document, const std::vector<std::string>& values) {
-  std::vector<std::string> damaged = {"\xEF\xBB\xBF" + document, document + document,
-                                      document + "x"};
-  for (std::size_t i = 0; i < document.size(); ++i) {
-    damaged.push_back(document.substr(0, i));
-    for (int bit = 0; bit < 8; ++bit) {
-      damaged.push_back(document);
-      damaged.back()[i] = static_cast<char>(document[i] ^ (1 << bit));
-    }
-  }
-  const std::string deep = std::string(1000, '[') + std::string(1000, ']');
-  for (const std::string& value : values) {
-    for (const std::string& other :
-         {std::string("null"), std::string("true"), std::string("1.5"), std::string("007"),
-          std::string("-1e400"), std::string("-9223372036854775808"),
-          std::string("18446744073709551615"), std::string("99999999999999999999"),
-          std::string(R"("\u0000\ud800")"), std::string("\"\xFF\xFE\""), std::string("[]"),
-          std::string(R"({"key":{}})"), std::string(R"([[{"key":[]}]])"), deep}) {
-      damaged.push_back(document);
-      damaged.back().replace(document.find(value), value.size(), other);
-    }
-  }
-  std::size_t refused = 0;
-  for (const std::string& text : damaged) {
-    const Reading reading = readingOf<Serializer>(text);
-    EXPECT_NE(Reading::Wrong, reading) << text;
-    refused += reading == Reading::Refused ? 1 : 0;
-  }
-  EXPECT_GT(refused, damaged.size() / 2);
-}
-
-TEST(DamagedDocuments, giveTheRequiredMessageOrAValidDocument) {
-  damage<CacheMetadataSerializer>(kMetadata, {R"("a")", "5", "1700000000000", "[{\"key\":\"a\""});
-  damage<CacheMetadataSerializer>(
-      R"({"entries":[{"key":"a","size":9223372036854775807,"lastAccess":1},)"
-      R"({"key":"b","size":5,"size":6,"lastAccess":2}]})",
-      {"9223372036854775807", R"({"key":"b","size":5,"size)"});
-  damage<CacheDescriptorSerializer>(
-      kDescriptor, {"3", R"("t")", R"("k1")", "[]", R"({"type":"u","cacheKey":"k2"})"});
-}
-
 }  // namespace
 }  // namespace zentrel::vistabase::ardelivery

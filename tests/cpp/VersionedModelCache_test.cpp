@@ -108,7 +108,7 @@ TEST_F(VersionedModelCacheTest, answersWithTheFilesThatAreThere) {
             errorOf([&] { cache_->queryEntries(2); }));
 }
 
-TEST_F(VersionedModelCacheTest, losesNoModelsOfAVersionThatIsThereTwice) {
+TEST_F(VersionedModelCacheTest, keepsTheModelsOfAVersionThatIsThereTwice) {
   store({{{1, {{"t", "a"}}}, {2, {}}, {1, {{"u", "b"}}}}});
   EXPECT_TRUE(cache_->addModelIfInCache(1, {"t", "c"}));
   EXPECT_EQ("2:; 1: u=b; 1: t=c; ", stored());
@@ -118,7 +118,7 @@ TEST_F(VersionedModelCacheTest, losesNoModelsOfAVersionThatIsThereTwice) {
 }
 
 /// As a listener for soft errors may do.
-TEST_F(VersionedModelCacheTest, mayBeChangedFromWithinItsLookUps) {
+TEST_F(VersionedModelCacheTest, copesWithChangesDuringItsLookUps) {
   store({{{1, {{"t", "a"}, {"u", "b"}}}}});
   std::function<void()> change = [&] { cache_->deleteVersion(1); };
   int lookUps = 0;
@@ -142,7 +142,7 @@ TEST_F(VersionedModelCacheTest, keepsInMemoryWhatCouldNotBeWritten) {
   EXPECT_EQ("1: t=a; 2: t=b; ", stored());
 }
 
-TEST_F(VersionedModelCacheTest, isKnownByItsCapabilityAsCompleteVersionsOfItsTypes) {
+TEST_F(VersionedModelCacheTest, hasCompleteVersionsOfItsCapabilitysTypes) {
   SegmentationModelCache models(files_);
   for (const std::string type : {"SEG_INIT_NET.PB", "pdm_multires.bin", ""}) {
     EXPECT_EQ("Unknown serialized type: " + type, errorOf([&] {

@@ -1,8 +1,6 @@
 // What 32 bits do not hold. Runs everywhere, and says most on 32-bit targets.
 
 #include <gtest/gtest.h>
-#include <sys/mount.h>
-#include <sys/stat.h>
 
 #include "delivery/FileCache/createFileCache.h"
 #include "tests/cpp/SoftErrorRecorder.h"
@@ -16,7 +14,7 @@ void writeSparse(const TemporaryDirectory& root, const std::string& name, std::u
   boost::filesystem::resize_file(root / name, size);
 }
 
-TEST(Wide, sizesTotalsAndTimesAreCountedInFull) {
+TEST(Wide, countsSizesTotalsAndTimesInFull) {
   const TemporaryDirectory root;
   const SoftErrorRecorder recorder;
   // Cut to 32 bits, the younger one would be the older, and the total within the budget.
@@ -36,7 +34,7 @@ TEST(Wide, sizesTotalsAndTimesAreCountedInFull) {
   EXPECT_TRUE(recorder.records().empty());
 }
 
-TEST(Wide, aFileTooLargeForTheAddressSpaceIsRefused) {
+TEST(Wide, refusesAFileTooLargeForTheAddressSpace) {
   if (sizeof(std::size_t) > 4) {
     GTEST_SKIP() << "there is room";
   }
@@ -48,46 +46,6 @@ TEST(Wide, aFileTooLargeForTheAddressSpaceIsRefused) {
     EXPECT_EQ("Error for getSize: Could not open file.", recorder.records().back().message);
   }
   EXPECT_EQ(2u, recorder.records().size());
-}
-
-/// A file system out of two others, whose files are numbered with their origin in the upper bits.
-class Layers {
- public:
-  Layers() {
-    const std::string lower = "lowerdir=" + (root / "a") + ":" + (root / "b") + ",xino=on";
-    mount("a", "tmpfs", "");
-    mount("b", "tmpfs", "");
-    root.write("a/one", "1");
-    root.write("b/two", "22");
-    root.write("b/metadata.json", R"({"entries":[{"key":"one","size":1,"lastAccess":1},)"
-                                  R"({"key":"two","size":2,"lastAccess":2}]})");
-    mount("merged", "overlay", lower);
-  }
-  ~Layers() {
-    for (const char* name : {"merged", "b", "a"}) {
-      ::umount((root / name).c_str());
-    }
-  }
-  const TemporaryDirectory root;
-
- private:
-  void mount(const std::string& name, const char* type, const std::string& options) {
-    boost::filesystem::create_directory(root / name);
-    ::mount(type, (root / name).c_str(), type, 0, options.c_str());
-  }
-};
-
-TEST(Wide, filesMayHaveLargeNumbers) {
-  const Layers layers;
-  struct stat status = {};
-  if (::stat((layers.root / "merged/one").c_str(), &status) != 0 || status.st_ino >> 32 == 0) {
-    GTEST_SKIP() << "may not mount, or not in layers";
-  }
-  const SoftErrorRecorder recorder;
-  const auto cache = createFileCache(layers.root / "merged", 100);
-  EXPECT_EQ(3, cache->getSize());
-  EXPECT_NE(nullptr, cache->getCacheEntryWithoutPromotion("two"));
-  EXPECT_TRUE(recorder.records().empty());
 }
 
 }  // namespace

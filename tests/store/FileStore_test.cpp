@@ -1,10 +1,10 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <cerrno>
 #include <functional>
 #include <thread>
 
-#include "delivery/FileNames.h"
 #include "store/DiskFileStore.h"
 #include "store/FileKey.h"
 #include "tests/store/Samples.h"
@@ -20,8 +20,7 @@ using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
 using Reason = StoreError::Reason;
 
-constexpr const char* kRoot = "/root";
-
+/// A store with a budget of 100 bytes on a simulated disk.
 class FileStoreTest : public testing::Test {
  protected:
   void open() {
@@ -31,8 +30,6 @@ class FileStoreTest : public testing::Test {
   void write(const std::string& key, std::size_t size) {
     put(*store_->write(key), std::string(size, 'x'));
   }
-  std::string read(const std::string& key) { return disk_.now()[nameOfKey(key)]; }
-  BytesVector extraOf(const std::string& key) { return store_->extra(key).value_or(BytesVector()); }
 
   const SoftErrors softErrors_;
   SimulatedDisk disk_;
@@ -66,19 +63,15 @@ TEST_F(FileStoreTest, takesAnyTextAsAKey) {
   EXPECT_THAT(store_->keys(), UnorderedElementsAreArray(keys));
   for (const std::string& key : keys) {
     EXPECT_EQ(kRoot + ("/" + nameOfKey(key)), store_->get(key));
-    EXPECT_EQ(BytesVector(key.begin(), key.end()), extraOf(key));
+    EXPECT_EQ(BytesVector(key.begin(), key.end()), store_->extra(key));
     EXPECT_TRUE(store_->remove(key));
-    EXPECT_FALSE(store_->remove(key));
-    EXPECT_EQ(std::nullopt, store_->get(key));
-    EXPECT_EQ(std::nullopt, store_->extra(key));
-    EXPECT_FALSE(store_->setExtra(key, {1}));
   }
   EXPECT_THAT(store_->keys(), IsEmpty());
 }
 
 TEST_F(FileStoreTest, refusesBadArguments) {
   const std::string digest = sha256("");
-  const std::vector<std::function<void()>> calls = {
+  const std::function<void()> calls[] = {
       [&] { store_->get(""); },
       [&] { store_->get("\xFF"); },
       [&] { store_->write("\xE0\x80\x80"); },
@@ -88,128 +81,84 @@ TEST_F(FileStoreTest, refusesBadArguments) {
       [&] { store_->setExtra("k", BytesVector((std::size_t{16} << 20) + 1)); },
       [&] { store_->setMaxSizeBytes(-1); },
       [&] { FileStore::open("/nowhere", -1); }};
-  for (std::size_t i = 0; i < calls.size(); ++i) {
+  for (std::size_t i = 0; i < std::size(calls); ++i) {
     EXPECT_THROW(calls[i](), std::invalid_argument) << i;
   }
 }
 
-TEST_F(FileStoreTest, evictsWhatWasNotUsedForLongestWhateverTheClockSays) {
-  for (const std::string key : {"a", "b", "c", "d"}) {
-    write(key, 25);
+TEST_F(FileStoreTest, evictsWhatWasNotUsedForLongestWhateverClockAndDatesAreLike) {
+  for (const std::int64_t granularity : {1, 1'000'000'000}) {
+    store_.reset();
+    disk_ = SimulatedDisk();
+    disk_.granularity = granularity;
+    open();
+    for (const std::string key : {"d", "c", "b", "a"}) {
+      write(key, 25);
+    }
+    // As if the clock had been ahead by years when "b" was used.
+    disk_.environment().openRoot(kRoot)->touch("b", std::int64_t{4'000'000'000} * 1'000'000'000);
+    open();
+    store_->get("d");
+    write("e", 25);
+    EXPECT_THAT(store_->keys(), UnorderedElementsAre("a", "b", "d", "e"));
+    open();
+    write("f", 50);
+    EXPECT_THAT(store_->keys(), UnorderedElementsAre("d", "e", "f"));
   }
-  // As if the clock had been ahead by years when "b" was used.
-  disk_.environment().openRoot(kRoot)->touch("b", std::int64_t{4'000'000'000} * 1'000'000'000);
-  open();
-  store_->get("a");
-  write("e", 30);
-  EXPECT_THAT(store_->keys(), UnorderedElementsAre("a", "b", "e"));
-  open();
-  write("f", 50);
-  EXPECT_THAT(store_->keys(), UnorderedElementsAre("e", "f"));
-}
-
-TEST_F(FileStoreTest, keepsTheOrderOfUseOnFileSystemsWithoutFractions) {
-  disk_.granularity = 1'000'000'000;
-  for (const std::string key : {"c", "b", "a"}) {
-    write(key, 30);
-  }
-  open();
-  write("d", 30);
-  EXPECT_THAT(store_->keys(), UnorderedElementsAre("a", "b", "d"));
-}
-
-TEST_F(FileStoreTest, neverWritesMoreThanTheBudget) {
-  write("a", 60);
-  const auto out = store_->write("b");
-  EXPECT_EQ(Reason::NoRoom, reasonOf([&] { put(*out, std::string(101, 'x')); }));
-  EXPECT_EQ(Reason::NoRoom, reasonOf([&] { store_->write("b", 101, sha256("")); }));
-  EXPECT_THAT(store_->keys(), ElementsAre("a"));
-  store_->setMaxSizeBytes(59);
-  EXPECT_THAT(store_->keys(), ElementsAre("a")) << "until the next commit";
-  write("a", 59);
-  EXPECT_EQ(59, store_->size());
-}
-
-TEST_F(FileStoreTest, looksAtTheDiskAgainBeforeItFailsForLackOfRoom) {
-  write("a", 60);
-  store_->close();
-  disk_ = SimulatedDisk(disk_.now());
-  open();
-  disk_.environment().openRoot(kRoot)->remove("a");
-  const auto other = store_->write("b");
-  write("c", 100);
-  EXPECT_EQ(100, store_->size());
 }
 
 TEST_F(FileStoreTest, keepsTheOldEntryUntilTheNewOneIsCommitted) {
   write("key", 10);
+  store_->setExtra("key", {1});
   const auto out = store_->write("key");
   out->write("12345", 5);
-  EXPECT_EQ(10u, read("key").size());
   EXPECT_THROW(store_->write("key"), UsageError);
   out->close();
   EXPECT_EQ(0u, disk_.now().count(".part-key"));
   EXPECT_EQ(Reason::Io, reasonOf([&] { out->write("1", 1); }));
-  EXPECT_EQ(10u, read("key").size());
-}
-
-TEST_F(FileStoreTest, hasExtraBytesGoWithTheirContent) {
-  write("key", 10);
-  store_->setExtra("key", {1, 0, 255});
-  EXPECT_EQ((BytesVector{1, 0, 255}), extraOf("key"));
-  EXPECT_EQ(std::string("\1\0\xFF", 3), disk_.now()["extra/key"]) << "bare, for raw readers";
-  write("key", 20);
-  EXPECT_EQ(std::nullopt, store_->extra("key"));
-  store_->setExtra("key", {2});
-  store_->remove("key");
-  EXPECT_EQ(0u, disk_.now().count("extra/key"));
-}
-
-TEST_F(FileStoreTest, leavesTheExtraBytesOfAnEntryThatCouldNotBeReplaced) {
-  write("key", 10);
-  store_->setExtra("key", {1});
-  bool hasFailed = false;
-  disk_.hook = [&hasFailed](std::string_view call, const std::string& name) {
-    if (call == "rename" && name == "key" && !std::exchange(hasFailed, true)) {
-      throw StoreError::ofSystem("simulate", name, EIO, true);
-    }
-  };
+  disk_.failOnce("rename", "key", EIO);
   EXPECT_EQ(Reason::Io, reasonOf([&] { write("key", 20); }));
-  EXPECT_EQ(BytesVector{1}, extraOf("key"));
+  EXPECT_EQ(10u, disk_.now()["key"].size());
+  EXPECT_EQ(BytesVector{1}, store_->extra("key"));
 }
 
-TEST_F(FileStoreTest, resumesKnownContentInALaterProcess) {
-  const std::string bytes(50, 'k');
-  store_->write("key", 50, sha256(bytes))->write(bytes.data(), 20);
-  open();
-  EXPECT_THAT(store_->keys(), IsEmpty());
-  EXPECT_EQ(0, store_->size());
-  auto out = store_->write("key", 50, sha256(bytes));
-  EXPECT_EQ(20, out->offset());
-  EXPECT_EQ(Reason::TooShort, reasonOf([&] { out->commit(); }));
-  out = store_->write("key", 50, sha256(bytes));
-  out->restart();
-  EXPECT_EQ(Reason::WrongContent, reasonOf([&] { put(*out, std::string(50, 'w')); }));
-  put(*store_->write("key", 50, sha256(bytes)), bytes);
-  EXPECT_EQ(bytes, read("key"));
-}
-
-TEST_F(FileStoreTest, makesRoomOfPartsThatNobodyResumes) {
-  store_->write("key", 100, sha256("?"))->write(std::string(90, 'x').data(), 90);
-  open();
-  write("other", 20);
-  EXPECT_EQ(2u, disk_.now().size() - disk_.now().count(kLockName)) << "the entry, and the marker";
-}
-
-TEST_F(FileStoreTest, takesTheSameContentForTwoKeysAtATime) {
-  const auto one = store_->write("one", 3, sha256("abc"));
-  const auto two = store_->write("two", 3, sha256("abc"));
-  put(*two, "abc");
-  put(*one, "abc");
+TEST_F(FileStoreTest, keepsWhatIsBeingWritten) {
+  const std::string known(40, 'k');
+  const auto one = store_->write("one", 40, sha256(known));
+  const auto two = store_->write("two", 40, sha256(known));
+  one->write(known.data(), 40);
+  store_->clear();
+  write("other", 60);
+  write("another", 60);
+  EXPECT_THAT(store_->keys(), ElementsAre("another"));
+  EXPECT_EQ(Reason::NoRoom, reasonOf([&] { write("large", 61); }));
+  one->commit();
+  put(*two, known);
   EXPECT_THAT(store_->keys(), UnorderedElementsAre("one", "two"));
 }
 
+TEST_F(FileStoreTest, checksWhatAnEarlierProcessLeft) {
+  const std::string right(40, 'k'), wrong(40, 'w'), part = ".resume-" + sha256(right);
+  const std::pair<std::string, std::int64_t> cases[] = {
+      {right, 40}, {wrong, 0}, {right + right, 0}, {right.substr(20), 0}};
+  for (const auto& [left, offset] : cases) {
+    store_.reset();
+    disk_ = SimulatedDisk(Image{std::pair(part, left)});
+    open();
+    left.size() == 20 ? disk_.failOnce("read", part, EIO) : void();
+    auto out = store_->write("key", 40, sha256(right));
+    EXPECT_EQ(offset, out->offset());
+    out->restart();
+    EXPECT_EQ(Reason::WrongContent, reasonOf([&] { put(*out, wrong); }));
+    out = store_->write("key", 40, sha256(right));
+    disk_.failOnce("sync", part, EIO);
+    EXPECT_EQ(Reason::Io, reasonOf([&] { put(*out, right); }));
+    EXPECT_EQ(0, store_->write("key", 40, sha256(right))->offset()) << "nobody knows what lasts";
+  }
+}
+
 TEST_F(FileStoreTest, countsAndClearsWhatOthersPutThere) {
+  store_.reset();
   disk_ = SimulatedDisk({{"dir/sub/file", std::string(40, 'x')},
                          {"dir/", ""},
                          {"dir/sub/", ""},
@@ -221,48 +170,45 @@ TEST_F(FileStoreTest, countsAndClearsWhatOthersPutThere) {
   EXPECT_THAT(store_->keys(), ElementsAre("dir"));
   write("dir", 100);
   EXPECT_EQ(100, store_->size());
+  disk_.environment().openRoot(kRoot)->create("new");
   store_->clear();
-  EXPECT_EQ(0, store_->size());
-  EXPECT_EQ("kept", disk_.now()[".hidden"] + disk_.now()["metadata.json"].substr(4));
+  Image left = disk_.now();
+  EXPECT_EQ("keptkept", left[".hidden"] + left["metadata.json"]);
+  EXPECT_EQ(0u, left.count("dir") + left.count("new"));
 }
 
-TEST_F(FileStoreTest, fetchesOnceForAllThreads) {
-  std::atomic<int> fetches{0};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&] {
-      EXPECT_EQ(kRoot + std::string("/key"), store_->getOrFetch("key", [&](EntryWriter& out) {
-        ++fetches;
-        out.write("1234567", 7);
-        out.close();
-        out.commit();  // Both are the store's business.
-      }));
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
+TEST_F(FileStoreTest, fetchesWhatIsNotThereInThatSize) {
+  write("key", 1);
+  int fetches = 0;
+  for (int i = 0; i < 2; ++i) {
+    const std::string path =
+        store_->getOrFetch("key", 3, sha256("abc"), [&fetches](EntryWriter& out) {
+          ++fetches;
+          out.write("abc", 3);
+          out.close();   // Which is the store's business,
+          out.commit();  // as is this.
+        });
+    EXPECT_EQ("/root/key", path);
   }
   EXPECT_EQ(1, fetches);
-  EXPECT_EQ("1234567", read("key"));
+  EXPECT_EQ("abc", disk_.now()["key"]);
 }
 
 TEST_F(FileStoreTest, throwsWhatAFetchThrowsAndKeepsNothingOfIt) {
-  EXPECT_THROW(store_->getOrFetch("key",
-                                  [](EntryWriter& out) {
-                                    out.write("1", 1);
-                                    throw std::domain_error("as it is");
-                                  }),
-               std::domain_error);
+  const auto failing = [](EntryWriter& out) {
+    out.write("1", 1);
+    out.commit();
+    throw std::domain_error("as it is");
+  };
+  EXPECT_THROW(store_->getOrFetch("key", failing), std::domain_error);
   EXPECT_EQ(std::nullopt, store_->get("key"));
-  EXPECT_THROW(store_->getOrFetch(
-                   "key", [&](EntryWriter&) { store_->getOrFetch("key", [](EntryWriter&) {}); }),
-               UsageError);
+  const auto nested = [&](EntryWriter&) { store_->getOrFetch("key", failing); };
+  EXPECT_THROW(store_->getOrFetch("key", nested), UsageError);
   store_->getOrFetch("key", [](EntryWriter&) {});
 }
 
 TEST_F(FileStoreTest, refusesFetchesThatWaitForEachOther) {
-  std::atomic<int> inside{0};
-  std::atomic<int> refused{0};
+  std::atomic<int> inside{0}, refused{0};
   const auto cross = [&](const std::string& own, const std::string& other) {
     try {
       store_->getOrFetch(own, [&](EntryWriter&) {
@@ -281,43 +227,9 @@ TEST_F(FileStoreTest, refusesFetchesThatWaitForEachOther) {
   EXPECT_EQ(2, refused) << "one is refused, and the other waits for it";
 }
 
-TEST_F(FileStoreTest, fetchesKnownContentAgainIfTheSizeDiffers) {
-  write("key", 1);
-  for (int i = 0; i < 2; ++i) {
-    store_->getOrFetch("key", 3, sha256("abc"), [&](EntryWriter& out) {
-      EXPECT_EQ(0, i);
-      EXPECT_EQ(0, out.offset());
-      out.write("abc", 3);
-    });
-  }
-  EXPECT_EQ("abc", read("key"));
-}
-
 TEST_F(FileStoreTest, tellsThatItsRootIsGone) {
   disk_.isDeleted = true;
   EXPECT_EQ(Reason::Io, reasonOf([&] { store_->get("key"); }));
-}
-
-TEST_F(FileStoreTest, isNothingOnceClosed) {
-  const auto out = store_->write("key");
-  store_->close();
-  const std::vector<std::function<void()>> calls = {
-      [&] { store_->get("k"); },
-      [&] { store_->write("k"); },
-      [&] { store_->write("k", 1, sha256("")); },
-      [&] { store_->getOrFetch("k", [](EntryWriter&) {}); },
-      [&] { store_->remove("k"); },
-      [&] { store_->clear(); },
-      [&] { store_->extra("k"); },
-      [&] { store_->setExtra("k", {}); },
-      [&] { store_->keys(); },
-      [&] { store_->size(); },
-      [&] { store_->setMaxSizeBytes(1); },
-      [&] { out->commit(); }};
-  for (std::size_t i = 0; i < calls.size(); ++i) {
-    EXPECT_THROW(calls[i](), UsageError) << i;
-  }
-  store_->close();
 }
 
 }  // namespace

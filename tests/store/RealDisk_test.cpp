@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
 #include <functional>
 
@@ -14,6 +15,23 @@
 #include "store/FileStore.h"
 #include "tests/cpp/TemporaryDirectory.h"
 #include "tests/store/Samples.h"
+
+namespace {
+
+std::atomic<int> syncs{0};
+
+}  // namespace
+
+extern "C" {
+
+int __real_fsync(int);
+
+/// Where the linker leads calls of fsync.
+int __wrap_fsync(int file) {
+  ++syncs;
+  return __real_fsync(file);
+}
+}
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -40,9 +58,26 @@ class RealDisk : public testing::Test {
   const TemporaryDirectory root_;
 };
 
-TEST_F(RealDisk, createsMissingParents) {
-  update(*openStore(root_ / "a/b//c/"), 1);
-  EXPECT_EQ(1, openStore(root_ / "a/b/c")->snapshot()->active);
+TEST_F(RealDisk, isSyncedAsOftenAsItHasToBe) {
+  std::unique_ptr<ModelStore> models;
+  std::unique_ptr<FileStore> files;
+  const std::pair<std::function<void()>, int> steps[] = {
+      {[&] { models = openStore(root_ / "a/b//c/"); }, 3 + 2},  // Parents, and the marker.
+      {[&] { update(*models, 1); }, 10},
+      {[&] { update(*models, 2); }, 8},
+      {[&] { models->activate(1); }, 2},
+      {[&] { files = FileStore::open(root_ / "d", 100); }, 1 + 2},
+      {[&] { put(*files->write("key"), "1"); }, 2},
+      {[&] { files->setExtra("key", {1}); }, 1 + 2},  // The new directory.
+      {[&] { files->remove("key"); }, 2},
+      {[&] { files->write("known", 3, sha256("abc"))->write("a", 1); }, 0},
+      {[&] { put(*files->write("known", 3, sha256("abc")), "bc"); }, 2},
+      {[&] { files->clear(); }, 1}};
+  for (const auto& [call, expected] : steps) {
+    const int before = syncs;
+    call();
+    EXPECT_EQ(expected, syncs - before);
+  }
 }
 
 TEST_F(RealDisk, letsNoLinkLeadOutOfTheRoot) {
@@ -60,7 +95,7 @@ TEST_F(RealDisk, letsNoLinkLeadOutOfTheRoot) {
     for (const std::string& name : names) {
       SCOPED_TRACE(name);
       const TemporaryDirectory root, outside;
-      outside.write("file", "outside");
+      outside.write("file", "o");  // Short enough to be a part.
       if (name == "extra/key") {
         ::mkdir((root / "extra").c_str(), 0777);
       }
@@ -84,7 +119,7 @@ TEST_F(RealDisk, letsNoLinkLeadOutOfTheRoot) {
         EXPECT_TRUE(models->verify().empty());
       }
       EXPECT_EQ(2, openStore(root / "")->snapshot()->active);
-      EXPECT_EQ("outside", outside.read("file"));
+      EXPECT_EQ("o", outside.read("file"));
     }
   }
 }
@@ -174,6 +209,7 @@ TEST_F(SmallDisk, canBeReadFromWhileItIsReadOnly) {
     remount(0);
     store->activate(1);
     store->activate(2);
+    EXPECT_TRUE(root_.has(kMarkerName)) << "before the first change";
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <string>
 #include <vector>
@@ -94,7 +95,7 @@ class SoftErrors {
   SoftErrors& operator=(const SoftErrors&) = delete;
   ~SoftErrors() { softerror::setSink({}); }
 
-  static inline int count = 0;
+  static inline std::atomic<int> count = 0;
 };
 
 }  // namespace zentrel::vistabase::ardelivery::samples

@@ -14,8 +14,6 @@ namespace {
 using Node = SimulatedDisk::Node;
 using NodePtr = std::shared_ptr<Node>;
 
-std::atomic<std::uint64_t> devices{1};
-
 [[noreturn]] void fail(const std::string& name, int error) {
   throw StoreError::ofSystem("simulate", name, error, true);
 }
@@ -155,7 +153,7 @@ class SimulatedDirectory final : public IDirectory {
   const NodePtr node_;
 };
 
-using Names = decltype(Node::names);
+std::atomic<std::uint64_t> devices{1};
 
 }  // namespace
 
@@ -180,6 +178,16 @@ SimulatedDisk::SimulatedDisk(const Image& image) : device_(devices++), root_(new
 StoreEnvironment SimulatedDisk::environment() {
   return {[this](auto&) { return std::make_shared<SimulatedDirectory>(*this, root_); },
           &newOpenSslDigest};
+}
+
+void SimulatedDisk::failOnce(const std::string& call, const std::string& name, int error) {
+  hook = [=](std::string_view each, const std::string& on) {
+    if (each == call && on == name) {
+      const auto failure = StoreError::ofSystem("simulate", name, error, true);
+      hook = [](auto, auto&) {};  // Nothing that was captured is left.
+      throw failure;
+    }
+  };
 }
 
 NodePtr SimulatedDisk::newNode(bool isDirectory) {
@@ -244,107 +252,6 @@ void SimulatedDisk::syncDirectory(const NodePtr& node) {
     }
   }
   pending_ = std::move(rest);
-}
-
-void SimulatedDisk::apply(const Change& change, std::map<Node*, Names>& names) {
-  const auto namesOf = [&names](const NodePtr& node) -> Names& {
-    return names.emplace(node.get(), node->syncedNames).first->second;
-  };
-  if (change.from) {
-    const auto found = namesOf(change.from).find(change.fromName);
-    if (found != namesOf(change.from).end() && found->second == change.node) {
-      namesOf(change.from).erase(found);
-    }
-  }
-  if (change.to) {
-    namesOf(change.to)[change.toName] = change.node;
-  }
-}
-
-/// A choice for each pending change: of names whether it is done, of bytes what is left of them.
-Image SimulatedDisk::imageOf(const std::vector<int>& choices) const {
-  std::map<Node*, Names> names;
-  std::map<Node*, std::string> contents;
-  for (std::size_t i = 0; i < pending_.size(); ++i) {
-    const Change& change = pending_[i];
-    if (!change.isWrite()) {
-      if (choices[i] == 0) {
-        apply(change, names);
-      }
-      continue;
-    }
-    const std::string& bytes = change.node->bytes;
-    const std::string& synced = change.node->syncedBytes;
-    const std::size_t kept = bytes.compare(0, synced.size(), synced) == 0 ? synced.size() : 0;
-    std::string& content = contents[change.node.get()];
-    switch (static_cast<Bytes>(choices[i])) {
-      case Bytes::Kept:
-        content = bytes;
-        break;
-      case Bytes::Lost:
-        content = synced;
-        break;
-      case Bytes::Torn:
-        content = bytes.substr(0, kept + (bytes.size() - kept) / 2);
-        content.resize(i % 2 == 0 ? content.size() : bytes.size());
-        break;
-    }
-  }
-  Image image;
-  const std::function<void(Node&, const std::string&)> add = [&](Node& node,
-                                                                 const std::string& path) {
-    const auto changed = names.find(&node);
-    for (const auto& [name, inside] : changed == names.end() ? node.syncedNames : changed->second) {
-      if (inside->isDirectory) {
-        image[path + name + '/'];
-        add(*inside, path + name + '/');
-      } else {
-        const auto content = contents.find(inside.get());
-        image[path + name] = content == contents.end() ? inside->bytes : content->second;
-      }
-    }
-  };
-  add(*root_, "");
-  return image;
-}
-
-Image SimulatedDisk::now() const {
-  return imageOf(std::vector<int>(pending_.size(), 0));
-}
-
-std::uint64_t SimulatedDisk::forEachPowerCut(std::size_t mostChanges,
-                                             const std::function<void(const Image&)>& take) const {
-  const std::size_t count = pending_.size();
-  std::vector<int> choices(count, 0);
-  const auto most = [this](std::size_t i) { return pending_[i].isWrite() ? 2 : 1; };
-  if (count <= mostChanges) {
-    for (std::size_t i = 0;;) {
-      take(imageOf(choices));
-      for (i = 0; i < count && choices[i] == most(i); ++i) {
-        choices[i] = 0;
-      }
-      if (i == count) {
-        return 0;
-      }
-      ++choices[i];
-    }
-  }
-  std::uint64_t all = 1;
-  for (std::size_t i = 0; i < count; ++i) {
-    all *= static_cast<std::uint64_t>(most(i) + 1);
-    const auto isBefore = [i](std::size_t each) { return each <= i; };
-    for (std::size_t each = 0; each < count; ++each) {
-      choices[each] = isBefore(each) ? 0 : 1;
-    }
-    take(imageOf(choices));
-    std::fill(choices.begin(), choices.end(), 0);
-    choices[i] = 1;
-    take(imageOf(choices));
-    std::fill(choices.begin(), choices.end(), 1);
-    choices[i] = 0;
-    take(imageOf(choices));
-  }
-  return all - 3 * count;
 }
 
 }  // namespace zentrel::vistabase::ardelivery

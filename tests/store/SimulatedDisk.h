@@ -4,7 +4,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +14,8 @@ namespace zentrel::vistabase::ardelivery {
 
 /// What lies below a root: contents by paths. Those of directories end with a slash.
 using Image = std::map<std::string, std::string>;
+
+constexpr const char* kRoot = "/root";  ///< Of every simulated disk.
 
 /// A disk in memory that knows what has been synced, and so what a power cut may leave: of each
 /// file its last synced bytes and, of what was written since, anything; of the changes of names in
@@ -29,6 +30,9 @@ class SimulatedDisk {
 
   /// Called before each operation, with its name and that of the file.
   std::function<void(std::string_view call, const std::string& name)> hook = [](auto, auto&) {};
+  /// Has the next such operation fail.
+  void failOnce(const std::string& call, const std::string& name, int error);
+
   std::int64_t free = std::int64_t{1} << 40;  ///< Bytes. Not used up by writing.
   std::int64_t granularity = 1;               ///< Of dates, in nanoseconds.
   bool isLocked = false;
@@ -42,10 +46,12 @@ class SimulatedDisk {
   std::uint64_t forEachPowerCut(std::size_t mostChanges,
                                 const std::function<void(const Image&)>& take) const;
 
+  struct Node;
+  using Names = std::map<std::string, std::shared_ptr<Node>>;
   struct Node {
     bool isDirectory = false;
     std::string bytes, syncedBytes;
-    std::map<std::string, std::shared_ptr<Node>> names, syncedNames;
+    Names names, syncedNames;
     std::int64_t modified = 0, changed = 0;
     std::uint64_t inode = 0;
   };
@@ -70,10 +76,7 @@ class SimulatedDisk {
   void syncDirectory(const std::shared_ptr<Node>& node);
 
  private:
-  enum class Bytes { Kept, Lost, Torn };
-
-  static void apply(const Change& change, std::map<Node*, decltype(Node::names)>& names);
-  Image imageOf(const std::vector<int>& choices) const;
+  Image imageAfter(const std::vector<int>& choices) const;
 
   std::uint64_t device_;
   std::uint64_t inodes_ = 0;

@@ -1,0 +1,224 @@
+// What becomes of model files: which go to make room, which are damaged, and which are taken from
+// others.
+
+#include <cerrno>
+#include <functional>
+
+#include "tests/store/ModelStoreTest.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+using namespace samples;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+using ModelFiles = ModelStoreTest;
+
+TEST_F(ModelFiles, ofTheVersionNotActiveForLongestMakeRoomAndThenThoseOfNone) {
+  getVersions({1, 2, 3});
+  store_->activate(1);
+  reopenWith([](Image& image) { image["stray"] = "0123456789"; }, kTwoVersions + 2 * kSize + 10);
+  store_->begin(4, filesOf(4));
+  EXPECT_THAT(versions(), ElementsAre(1, 3));
+  EXPECT_TRUE(has("stray"));
+  store_->setMaxSizeBytes(kTwoVersions + 9);
+  store_->begin(4, filesOf(4));
+  EXPECT_THAT(versions(), ElementsAre(1));
+  EXPECT_FALSE(has("stray"));
+  expectActive(1);
+}
+
+TEST_F(ModelFiles, stayIfTheVersionAndTheActiveOneDoNotFitTheBudget) {
+  getVersions({1});
+  store_->setMaxSizeBytes(kTwoVersions - 1);
+  try {
+    store_->begin(2, files2_);
+    FAIL();
+  } catch (const StoreError& error) {
+    EXPECT_EQ(Reason::NoRoom, error.reason());
+    EXPECT_EQ(kTwoVersions, error.room()->needed);
+    EXPECT_EQ(kTwoVersions - 1, error.room()->budget);
+    EXPECT_THAT(error.what(), HasSubstr("600 together with the active version 1"));
+  }
+  const auto& types = kCapability.types();
+  const std::vector<ModelFile> uncountable = {{types[0], INT64_MAX, sha256("a")},
+                                              {types[1], INT64_MAX, sha256("b")},
+                                              files1_[2],
+                                              files1_[3]};
+  EXPECT_EQ(Reason::NoRoom, reasonOf([&] { store_->begin(2, uncountable); }));
+}
+
+TEST_F(ModelFiles, makeRoomOnTheDiskIfThatIsEnough) {
+  getVersions({1, 2});
+  open(100 * kVersionSize);
+  disk_.free = 1;
+  const ModelFile large = fileOf(kCapability.types()[0], std::string(1000, 'x'));
+  EXPECT_EQ(Reason::DiskFull, reasonOf([&] {
+              store_->begin(3, {large, files2_[1], files2_[2], files2_[3]});
+            }));
+  EXPECT_THAT(versions(), ElementsAre(1, 2));
+  store_->begin(3, filesOf(3));
+  EXPECT_THAT(versions(), ElementsAre(2));
+}
+
+TEST_F(ModelFiles, ofTheActiveVersionMakeRoomIfThatIsAllowedAndNeeded) {
+  getVersions({1});
+  store_->begin(2, files2_, Room::GiveUpActive);
+  EXPECT_EQ(1, active()) << "there was room";
+  store_->setMaxSizeBytes(kVersionSize);
+  disk_.hook = [this](std::string_view call, const std::string& name) {
+    EXPECT_FALSE(call == "remove" && name == nameOf(files1_[0]) && active())
+        << "nobody is given paths of files that are gone";
+  };
+  const auto update = store_->begin(2, files2_, Room::GiveUpActive);
+  EXPECT_EQ(std::nullopt, active());
+  EXPECT_THAT(update->missing(), SizeIs(2)) << "what both share stays";
+  download(*update, files2_[0], 2);
+  download(*update, files2_[1], 2);
+  update->activate();
+  expectActive(2);
+  EXPECT_THROW(update->missing(), UsageError) << "it has ended";
+}
+
+TEST_F(ModelFiles, areTrimmedButForTheActiveVersionAndThoseNamed) {
+  getVersions({1, 2, 3});
+  store_->trimExcept({1, 9});
+  EXPECT_THAT(versions(), ElementsAre(1, 3));
+  store_->deactivate();
+  store_->trimExcept({});
+  EXPECT_THAT(versions(), ElementsAre(1, 3)) << "nothing would stay";
+  EXPECT_TRUE(store_->verify().empty());
+}
+
+TEST_F(ModelFiles, ofUnfinishedUpdatesAreTrimmedButNotOfARunningOneNorOfOthers) {
+  getVersions({1});
+  reopenWith([](Image& image) { image["stray"] = "kept"; });
+  auto update = store_->begin(2, files2_);
+  download(*update, files2_[0], 2);
+  store_->trimExcept({});
+  EXPECT_TRUE(has(nameOf(files2_[0])) && has(".part-" + nameOf(files2_[1])));
+  update->close();
+  store_->trimExcept({});
+  EXPECT_FALSE(has(nameOf(files2_[0])) || has(".part-" + nameOf(files2_[1])));
+  EXPECT_TRUE(has("stray"));
+}
+
+TEST_F(ModelFiles, thatAreDamagedAreFetchedAgain) {
+  const std::string name = nameOf(files2_[0]);
+  const std::function<void()> damages[] = {
+      [&] { reopenWith([&](Image& image) { image[name][5] ^= 1; }); },
+      [&] { disk_.failOnce("read", name, EIO); },
+  };
+  for (const auto& damage : damages) {
+    getVersions({2, 1});
+    damage();
+    EXPECT_THAT(store_->verify(), ElementsAre(files2_[0]));
+    EXPECT_EQ(Reason::Damaged, reasonOf([&] { store_->activate(2); }));
+    open(kTwoVersions);
+    EXPECT_EQ(Reason::Damaged, reasonOf([&] { store_->activate(2); })) << "it is remembered";
+    EXPECT_THAT(store_->begin(2, files2_)->missing(), ElementsAre(files2_[0]));
+    getVersions({2});
+    expectActive(2);
+    EXPECT_THAT(store_->verify(), IsEmpty());
+  }
+  const auto file = disk_.environment().openRoot(kRoot)->openForAppending(name);
+  file->truncate();
+  file->append(std::string(kSize, '?').data(), kSize);
+  disk_.failOnce("rename", ".versions", EIO);
+  EXPECT_THAT(store_->verify(), ElementsAre(files2_[0]));
+  EXPECT_THAT(store_->begin(2, files2_)->missing(), ElementsAre(files2_[0])) << "it is known";
+}
+
+TEST_F(ModelFiles, thatAreFoundDamagedDuringAnUpdateAreMissingFromIt) {
+  getVersions({1});
+  const auto update = store_->begin(2, files2_);
+  disk_.failOnce("read", nameOf(files2_[3]), EIO);
+  store_->verify();
+  EXPECT_THAT(update->missing(), SizeIs(3));
+}
+
+TEST_F(ModelFiles, thatAreProvenLostCostTheirVersion) {
+  const std::string name = nameOf(files2_[0]);
+  const std::function<void(Image&)> losses[] = {
+      [&](Image& image) { image.erase(name); },
+      [&](Image& image) { image[name] += "longer"; },
+      [&](Image& image) { image.erase(name), image[name + "/"] = ""; },
+  };
+  for (const auto& lose : losses) {
+    getVersions({1, 2});
+    reopenWith(lose);
+    SoftErrors::count = 0;
+    open();
+    EXPECT_EQ(0, SoftErrors::count) << "it has been mended";
+    EXPECT_THAT(versions(), ElementsAre(1));
+    EXPECT_EQ(std::nullopt, active());
+  }
+  store_.reset();
+  disk_.failOnce("status", nameOf(files1_[0]), EIO);
+  EXPECT_EQ(Reason::Io, reasonOf([&] { open(); })) << "which proves nothing";
+  open();
+  EXPECT_THAT(versions(), ElementsAre(1));
+  const auto update = store_->begin(3, files1_);
+  disk_.environment().openRoot(kRoot)->remove(nameOf(files1_[1]));
+  EXPECT_EQ(Reason::Damaged, reasonOf([&] { store_->activate(1); }));
+  EXPECT_EQ(Reason::Damaged, reasonOf([&] { update->activate(); }));
+}
+
+TEST_F(ModelFiles, ofRawCachesAreTakenOnABudgetOfExactlyThat) {
+  const auto& types = kCapability.types();
+  const std::string index = R"({"versions":[{"version":1,"models":[]}]})";
+  reopenWith(
+      [&](Image& image) {
+        image["k1"] = bytesOf(types[0], 1);
+        image["extra/"] = image["a%/"] = "";
+        image["extra/k1"] = "of the raw file";
+        image["a%/b"] = bytesOf(types[1], 1);
+        image["k3"] = bytesOf(types[2], 1);
+        image["k4"] = bytesOf(types[3], 1);
+        image["versioned_index"] = index;
+        image["metadata.json"] = "damaged";
+      },
+      kVersionSize);
+  store_->deactivate();
+  EXPECT_EQ(index, disk_.now()["versioned_index"]) << "until there is a version";
+  const auto update = store_->begin(7, files1_);
+  EXPECT_THAT(update->missing(), IsEmpty());
+  update->activate();
+  EXPECT_EQ(kVersionSize, store_->sizeBytes());
+  EXPECT_FALSE(has("k1") || has("a%/b") || has("extra/k1"));
+  Image now = disk_.now();
+  EXPECT_EQ(bytesOf(types[0], 1), now[nameOf(files1_[0])]);
+  EXPECT_EQ("damaged", now["metadata.json"]) << "which is the raw cache's";
+  EXPECT_THAT(now["versioned_index"], HasSubstr(nameOf(files1_[3])));
+}
+
+TEST_F(ModelFiles, areTakenFromAWholePartOrAStrayIfTheirBytesAreRightAndStay) {
+  const std::string right = bytesOf(files1_[0].type(), 1), part = ".part-" + nameOf(files1_[0]);
+  const struct {
+    std::string name, bytes;
+    bool isChanged;  // After it was read.
+    std::size_t missing;
+  } cases[] = {{part, right, false, 3},
+               {part, bytesOf(files1_[0].type(), 2), false, 4},
+               {"k1", right, true, 4}};
+  for (const auto& [name, bytes, isChanged, missing] : cases) {
+    reopenWith([&, &file = name, &content = bytes](Image& image) { image[file] = content; });
+    if (isChanged) {
+      disk_.hook = [&, wasRead = false](std::string_view call, auto&) mutable {
+        if (std::exchange(wasRead, call == "read")) {
+          disk_.environment().openRoot(kRoot)->openForAppending("k1")->append("more", 4);
+        }
+      };
+    }
+    EXPECT_THAT(store_->begin(1, files1_)->missing(), SizeIs(missing)) << name;
+    EXPECT_EQ(missing == 4 && !isChanged ? 1 : 0, SoftErrors::count) << name;
+    store_->trimExcept({});
+    SoftErrors::count = 0;
+  }
+}
+
+}  // namespace
+}  // namespace zentrel::vistabase::ardelivery

@@ -1,0 +1,151 @@
+// Stores in a process of their own, which has the root until it is killed.
+
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "delivery/FileCache/createFileCache.h"
+#include "delivery/FileCache/recoverMetadata.h"
+#include "store/FileStore.h"
+#include "tests/cpp/Seed.h"
+#include "tests/cpp/TemporaryDirectory.h"
+#include "tests/store/Samples.h"
+
+namespace zentrel::vistabase::ardelivery {
+namespace {
+
+using namespace samples;
+
+constexpr int kKills = 10;
+constexpr int kKeys = 3;
+
+struct Progress {
+  int generation = 0;
+  bool isDone = false;
+};
+
+std::string keyOf(int generation) {
+  return "key" + std::to_string(generation % kKeys);
+}
+
+std::string contentOf(int generation) {
+  return std::to_string(generation) + std::string(static_cast<std::size_t>(generation), 'x');
+}
+
+/// Updates models, a file and an entry of a raw cache, over and over, until killed.
+class Child {
+ public:
+  Child(const TemporaryDirectory& root, int generation) {
+    boost::filesystem::create_directories(root / "raw");
+    EXPECT_EQ(0, ::pipe(channel_));
+    process = ::fork();
+    if (process == 0) {
+      live(root, generation);
+    }
+    ::close(channel_[1]);
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+  ~Child() {
+    ::kill(process, SIGKILL);
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "the child saw a failure";
+    ::close(channel_[0]);
+  }
+
+  /// What it is about to do, and has done. False once it is dead and all has been told.
+  bool hear(Progress& progress) const {
+    return ::read(channel_[0], &progress, sizeof progress) == sizeof progress;
+  }
+
+  pid_t process = 0;
+
+ private:
+  [[noreturn]] void live(const TemporaryDirectory& root, int generation) const noexcept {
+    softerror::setSink({[](const softerror::Report&, void*) { ::_exit(1); }});
+    const auto models = ModelStore::open(root / "models", kCapability, kTwoVersions);
+    const auto files = FileStore::open(root / "files", 1 << 20);
+    const auto raw = createFileCache(root / "raw", 1 << 20);
+    const auto tell = [this](Progress progress) {
+      return ::write(channel_[1], &progress, sizeof progress);
+    };
+    for (;; ++generation) {
+      tell({generation, false});
+      put(*files->write(keyOf(generation)), contentOf(generation));
+      raw->insertAndLock(keyOf(generation));
+      root.write("raw/" + keyOf(generation), contentOf(generation));
+      raw->commit(keyOf(generation));
+      update(*models, generation);
+      tell({generation, true});
+    }
+  }
+
+  int channel_[2] = {};
+};
+
+TEST(Processes, loseNothingThatWasCommittedWhenTheyAreKilled) {
+  const SoftErrors softErrors;
+  const TemporaryDirectory root;
+  const unsigned seed = givenOrNewSeed();
+  SCOPED_TRACE("MODELCACHE_SEED=" + std::to_string(seed));
+  std::mt19937 random(seed);
+  Progress last;
+  for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
+    {
+      const Child child(root, last.generation + 1);
+      for (std::size_t told = random() % 8 + 2; told > 0 && child.hear(last); --told) {
+      }
+      ::usleep(static_cast<useconds_t>(random() % 3000));
+      ::kill(child.process, SIGKILL);
+      while (child.hear(last)) {
+      }
+    }
+    const int begun = last.generation, done = last.isDone ? begun : begun - 1;
+    const auto models = ModelStore::open(root / "models", kCapability, kTwoVersions);
+    const int active = models->snapshot()->active.value_or(0);
+    EXPECT_TRUE(active == begun || active == done) << active << " of " << begun;
+    EXPECT_TRUE(models->verify().empty());
+    const auto files = FileStore::open(root / "files", 1 << 20);
+    recoverMetadata(root / "raw");
+    const auto raw = createFileCache(root / "raw", 1 << 20);
+    for (int generation = std::max(1, begun - kKeys + 1); generation <= done; ++generation) {
+      EXPECT_NE(std::nullopt, files->get(keyOf(generation)));
+      EXPECT_EQ(contentOf(generation), root.read("files/" + keyOf(generation)));
+      EXPECT_NE(nullptr, raw->getCacheEntry(keyOf(generation)));
+      EXPECT_EQ(contentOf(generation), root.read("raw/" + keyOf(generation)));
+    }
+  }
+}
+
+TEST(Processes, areToldWhoHasTheRoot) {
+  const TemporaryDirectory root;
+  const auto open = [&] { return ModelStore::open(root / "models", kCapability, kTwoVersions); };
+  const auto refusal = [&] {
+    const auto descriptors = [] {
+      return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = descriptors();
+    try {
+      open();
+    } catch (const StoreError& error) {
+      EXPECT_EQ(StoreError::Reason::InUse, error.reason());
+      EXPECT_EQ(before, descriptors());
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  {
+    const Child child(root, 1);
+    Progress progress;
+    child.hear(progress);
+    EXPECT_THAT(refusal(),
+                testing::HasSubstr("the process " + std::to_string(child.process) + " ("));
+  }
+  const auto store = open();
+  EXPECT_THAT(refusal(), testing::HasSubstr("this process already, opened by the thread"));
+}
+
+}  // namespace
+}  // namespace zentrel::vistabase::ardelivery
