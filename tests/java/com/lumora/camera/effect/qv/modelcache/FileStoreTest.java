@@ -70,35 +70,13 @@ class FileStoreTest {
     }
 
     @Test
-    void clearingDeletesAllEntries() throws IOException {
-        put("a", 10);
-        put("b", 20);
-        assertEquals(30, mStore.size());
+    void entriesAreEvictedClearedAndBounded() throws IOException {
+        put("a", 600);
+        put("b", 601);
+        assertEquals(asList("b"), mStore.keys());
+        assertEquals(601, mStore.size());
         mStore.clear();
         assertEquals(asList(), mStore.keys());
-        assertEquals(0, mStore.size());
-    }
-
-    @Test
-    void onlyACommitReplacesAnEntry() throws IOException {
-        put("key", 10);
-        EntryWriter out = mStore.write("key");
-        assertThrows(IllegalStateException.class, () -> mStore.write("key"));
-        out.write(new byte[50]);
-        out.close();
-        out.close();
-        assertThrows(IOException.class, () -> out.write(1));
-        assertThrows(IOException.class, out::commit);
-        assertEquals(10, mStore.get("key").length());
-        put("key", 20);
-        assertEquals(20, mStore.get("key").length());
-    }
-
-    @Test
-    void theBudgetHolds() throws IOException {
-        put("a", 600);
-        put("b", 600);
-        assertEquals(asList("b"), mStore.keys());
         assertFails(NO_ROOM, () -> put("c", SIZE + 1));
         mStore.setMaxSizeBytes(599);
         assertFails(NO_ROOM, () -> put("c", 600));
@@ -188,6 +166,8 @@ class FileStoreTest {
         out.write(1);
         out.commit();
         assertEquals(1, mStore.get("key").length());
+        assertThrows(IOException.class, () -> out.write(1));
+        assertThrows(IOException.class, out::commit);
     }
 
     @Test
