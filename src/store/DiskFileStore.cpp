@@ -1,6 +1,7 @@
 #include "store/DiskFileStore.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "store/FileKey.h"
 #include "store/PartWriter.h"
 #include "store/fileTrees.h"
+#include "store/noRoom.h"
 #include "support/util/joined.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -74,10 +76,12 @@ struct DiskFileStore::State final : PartOwner {
     }
   }
 
-  /// Resumable parts grow while they are written.
+  /// Resumable parts grow while they are written; once nobody does, their size is final.
   void measureResumable() {
-    for (const std::string& part : resumable) {
-      entries.measure(part);
+    const std::set<std::string> active = root->writers().parts();
+    for (auto part = resumable.begin(); part != resumable.end();) {
+      entries.measure(*part);
+      part = active.count(*part) != 0 ? std::next(part) : resumable.erase(part);
     }
   }
 
@@ -108,7 +112,7 @@ struct DiskFileStore::State final : PartOwner {
   const std::shared_ptr<StoreRoot> root;
   // Guarded by the root's lock:
   EntryDirectory entries;
-  std::set<std::string> resumable;  // Names of parts that may exist.
+  std::set<std::string> resumable;  // Names of parts that were written since they were measured.
   std::uint64_t placed = 0;         // Entries placed so far,
   std::uint64_t synced = 0;         // and how many of their names are durable.
 };
@@ -163,16 +167,15 @@ std::unique_ptr<EntryWriter> DiskFileStore::write(const std::string& key, std::i
   }
   const std::int64_t budget = state_->root->maxSizeBytes();
   if (sizeBytes > budget) {
-    throw StoreError(StoreError::Reason::NoRoom,
-                     joined(key, " has ", sizeBytes, " bytes, but the budget is ", budget), {}, 0,
-                     StoreError::Room{sizeBytes, budget, -1});
+    throw noRoom(joined(key, " has ", sizeBytes, " bytes, but the budget is ", budget), {},
+                 state_->root->directory(), sizeBytes, budget);
   }
   return state_->write(name, std::move(expected), state_);
 }
 
 std::string DiskFileStore::getOrFetch(const std::string& key, const Fetch& fetch) {
-  state_->root->requireOpen();  // Also for whoever would only wait.
-  return flights_.run(key, [&] {
+  state_->root->requireOpen();  // Also for a caller that would only wait.
+  return flights_.run(nameOfKey(key), [&] {
     if (const auto path = get(key)) {
       return *path;
     }
@@ -183,10 +186,11 @@ std::string DiskFileStore::getOrFetch(const std::string& key, const Fetch& fetch
 
 std::string DiskFileStore::getOrFetch(const std::string& key, std::int64_t sizeBytes,
                                       const std::string& sha256, const Fetch& fetch) {
-  state_->root->requireOpen();  // Also for whoever would only wait.
-  return flights_.run(key, [&] {
+  state_->root->requireOpen();  // Also for a caller that would only wait.
+  const std::string name = nameOfKey(key);
+  // Only callers who expect the same content share a fetch.
+  return flights_.run(joined(name, "/", sizeBytes, "/", sha256), [&] {
     const auto path = get(key);
-    const std::string name = nameOfKey(key);
     if (path && state_->root->directory().status(name).size == sizeBytes) {
       return *path;
     }

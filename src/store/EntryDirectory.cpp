@@ -8,12 +8,15 @@
 #include "delivery/FileNames.h"
 #include "store/StoreError.h"
 #include "store/fileTrees.h"
+#include "store/noRoom.h"
 #include "support/util/joined.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
 constexpr std::int64_t kSecond = 1'000'000'000;
+// Later dates of files, which leave no room for further uses, count as this one: in the year 2255.
+constexpr std::int64_t kLatest = 9'000'000'000 * kSecond;
 
 bool isCounted(std::string_view name) {
   return isEntryName(name) || beginsWith(name, kResumePrefix);
@@ -35,7 +38,8 @@ void EntryDirectory::reload() {
       // The cached time is more precise if the file system stores only whole seconds.
       const auto known = records_.find(name);
       const std::int64_t used = known == records_.end() ? 0 : known->second.used;
-      found[name] = {sizeOf(root_, name, status), std::max(status.modified, used)};
+      found[name] = {sizeOf(root_, name, status),
+                     std::max(std::min(status.modified, kLatest), used)};
     }
   }
   records_.clear();
@@ -87,7 +91,7 @@ void EntryDirectory::measure(const std::string& name) {
   if (status.isAbsent()) {
     forget(name);
   } else {
-    set(name, {sizeOf(root_, name, status), status.modified});
+    set(name, {sizeOf(root_, name, status), std::min(status.modified, kLatest)});
   }
 }
 
@@ -146,10 +150,9 @@ void EntryDirectory::makeRoom(std::int64_t bytes, std::int64_t budget, IsKept is
       return;
     }
     if (isLastTry) {
-      throw StoreError(StoreError::Reason::NoRoom,
-                       joined("no room for ", bytes, " bytes: ", total_ - freed, " of ", budget,
-                              " are used by entries that must stay"),
-                       {}, 0, StoreError::Room{bytes, budget, -1});
+      throw noRoom(joined("no room for ", bytes, " bytes: ", total_ - freed, " of ", budget,
+                          " are used by entries that must stay"),
+                   {}, root_, budget + lacking() - freed, budget);
     }
     reload();  // Someone may have deleted files behind our back.
   }

@@ -19,21 +19,21 @@ bool isPlain(char16_t unit, bool isFirst) {
          (unit == u'.' && !isFirst);
 }
 
-void requireUtf8(const std::string& key) {
-  for (std::size_t position = 0; position < key.size();) {
-    if (!decodeUtf8(key, position)) {
-      throw std::invalid_argument("the key is not UTF-8");
-    }
+/// A surrogate may stand alone, as in Java, but two that are a character have to be one.
+std::u16string unitsOf(const std::string& key) {
+  std::u16string units = utf8ToUtf16(key);
+  if (utf16ToUtf8(units) != key) {
+    throw std::invalid_argument("the key is not UTF-8");
   }
+  return units;
 }
 
 }  // namespace
 
 std::string nameOfKey(const std::string& key) {
-  requireUtf8(key);
   std::string name = isReserved(key) ? "%" : "";
   bool isFirst = true;
-  for (const char16_t unit : utf8ToUtf16(key)) {
+  for (const char16_t unit : unitsOf(key)) {
     if (isPlain(unit, isFirst)) {
       name += static_cast<char>(unit);
     } else {

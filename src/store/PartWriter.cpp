@@ -7,6 +7,7 @@
 
 #include "store/StoreError.h"
 #include "store/fileTrees.h"
+#include "store/noRoom.h"
 #include "support/util/joined.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -171,9 +172,8 @@ void PartWriter::requireRoom(std::size_t count) {
   if (plan_.expected) {
     throwDropped(joined(plan_.expected->what, " has ", total, " or more bytes instead of ", most));
   }
-  throw StoreError(StoreError::Reason::NoRoom,
-                   joined("exceeds the whole budget of ", most, " bytes: ", path), path, 0,
-                   StoreError::Room{total, most, -1});
+  throw noRoom(joined("exceeds the whole budget of ", most, " bytes: ", path), path,
+               root_->directory(), total, most);
 }
 
 /// Throws if known content is incomplete or wrong, and drops it if wrong.

@@ -6,7 +6,9 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
@@ -40,7 +42,10 @@ void require(bool isDone, const char* action, const std::string& path, Access ac
 }
 
 std::int64_t toNanoseconds(const timespec& time) {
-  return static_cast<std::int64_t>(time.tv_sec) * kNanoseconds + time.tv_nsec;
+  constexpr std::int64_t latest = INT64_MAX / kNanoseconds - 1;
+  const std::int64_t seconds =
+      std::clamp(static_cast<std::int64_t>(time.tv_sec), -latest, latest);  // Year 2262.
+  return seconds * kNanoseconds + time.tv_nsec;
 }
 
 FileStatus toStatus(const struct stat& status) {

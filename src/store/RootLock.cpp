@@ -50,18 +50,6 @@ bool tryLockTwice(IDirectory& root) {
   return root.tryLock();
 }
 
-/// Best effort, since only the lock matters.
-void recordHolder(IDirectory& root) {
-  try {
-    removeTree(root, kLockName);
-    const auto file = root.create(kLockName);
-    const std::string process = joined(::getpid(), "\n");
-    file->append(process.data(), process.size());
-  } catch (const StoreError&) {
-    // A read-only or full disk.
-  }
-}
-
 }  // namespace
 
 RootClaim::RootClaim(const FileStatus& root, const std::string& path)
@@ -85,7 +73,17 @@ RootLock::RootLock(std::shared_ptr<IDirectory> root, const std::string& path)
   if (!tryLockTwice(*root_)) {
     throwInUse(path, describeHolder(*root_));
   }
-  recordHolder(*root_);
+}
+
+void RootLock::recordHolder() {
+  try {
+    removeTree(*root_, kLockName);
+    const auto file = root_->create(kLockName);
+    const std::string process = joined(::getpid(), "\n");
+    file->append(process.data(), process.size());
+  } catch (const StoreError&) {
+    // A read-only or full disk.
+  }
 }
 
 RootLock::~RootLock() {

@@ -34,6 +34,9 @@ class RootLock {
   RootLock& operator=(const RootLock&) = delete;
   ~RootLock();
 
+  /// Writes ".lock". Best effort, since only the lock matters.
+  void recordHolder();
+
  private:
   const std::shared_ptr<IDirectory> root_;
   const RootClaim claim_;  // Released after the lock.

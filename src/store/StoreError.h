@@ -25,7 +25,8 @@ class StoreError : public std::runtime_error {
 
   /// The numbers behind NoRoom and DiskFull, in bytes.
   struct Room {
-    std::int64_t needed = 0;  ///< Requested.
+    /// What would be enough: of the budget for NoRoom, of free bytes for DiskFull.
+    std::int64_t needed = 0;
     std::int64_t budget = 0;  ///< The store's.
     std::int64_t free = 0;    ///< Available to this process on the file system; -1 if unknown.
   };

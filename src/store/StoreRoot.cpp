@@ -82,6 +82,7 @@ void StoreRoot::claim(const RootContent& content) {
                                 content.toString());
   }
   content_ = content;
+  lock_->recordHolder();
   try {
     ensureMarked();
   } catch (const StoreError& error) {

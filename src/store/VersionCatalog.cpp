@@ -9,6 +9,7 @@
 #include "store/VersionIndex.h"
 #include "store/VersionTableFile.h"
 #include "store/fileTrees.h"
+#include "store/noRoom.h"
 #include "store/recoverVersions.h"
 #include "support/util/joined.h"
 
@@ -68,12 +69,14 @@ bool VersionCatalog::dropIncomplete() {
       types.push_back(file.file.type());
     }
     if (types != table_.capability.types() || !isWhole(*version)) {
-      root_.report(
-          joined("dropped version ", version->number, ": it has lost files, or other types"));
       incomplete.push_back(version);
     }
   }
   if (!incomplete.empty()) {
+    const std::size_t others = incomplete.size() - 1;
+    root_.report(joined("dropped version ", incomplete.front()->number,
+                        others == 0 ? "" : joined(" and ", others, " more"),
+                        ": lost files, or other types"));
     table_ = table_.without(incomplete);
   }
   return !incomplete.empty();
@@ -176,13 +179,17 @@ void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
     }
     if (isLastTry) {
       const bool isBudget = plan.bytes < overBudget;
-      const std::int64_t needed = isBudget ? added : written;
-      throw StoreError(isBudget ? StoreError::Reason::NoRoom : StoreError::Reason::DiskFull,
-                       joined("no room for ", needed, " more bytes in ", root_.path(), ": ",
-                              isBudget ? joined(total, " of the budget of ", budget, " are used")
-                                       : joined(free, " are free on the disk"),
-                              ", and ", plan.bytes, " can be deleted"),
-                       root_.path(), 0, StoreError::Room{needed, budget, free});
+      const std::string message =
+          joined("no room for ", isBudget ? added : written, " more bytes in ", root_.path(), ": ",
+                 isBudget ? joined(total, " of the budget of ", budget, " are used")
+                          : joined(free, " are free on the disk"),
+                 ", and ", plan.bytes, " can be deleted");
+      if (isBudget) {
+        throw noRoom(message, root_.path(), root_.directory(), budget + overBudget - plan.bytes,
+                     budget);
+      }
+      throw StoreError(StoreError::Reason::DiskFull, message, root_.path(), 0,
+                       StoreError::Room{written - plan.bytes, budget, free});
     }
     entries_.reload();  // Someone may have deleted files behind our back.
   }

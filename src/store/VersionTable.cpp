@@ -8,8 +8,16 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-bool contains(const Versions& versions, const std::shared_ptr<const Version>& version) {
-  return std::find(versions.begin(), versions.end(), version) != versions.end();
+/// The versions that are not among the excluded ones. Linear, since damaged tables may be huge.
+Versions allBut(const Versions& versions, const Versions& excluded) {
+  const std::set<std::shared_ptr<const Version>> excludedSet(excluded.begin(), excluded.end());
+  Versions rest;
+  for (const auto& version : versions) {
+    if (excludedSet.count(version) == 0) {
+      rest.push_back(version);
+    }
+  }
+  return rest;
 }
 
 /// Sorts the files by type. Throws std::invalid_argument unless there is one of each.
@@ -84,10 +92,8 @@ std::map<std::string, ModelFile> VersionTable::filesByName() const {
 
 std::set<std::string> VersionTable::namesWithout(const Versions& excluded) const {
   std::set<std::string> names;
-  for (const auto& version : versions) {
-    if (!contains(excluded, version)) {
-      names.merge(version->names());
-    }
+  for (const auto& version : allBut(versions, excluded)) {
+    names.merge(version->names());
   }
   return names;
 }
@@ -120,12 +126,7 @@ VersionTable VersionTable::with(const std::shared_ptr<const Version>& version,
 }
 
 VersionTable VersionTable::without(const Versions& removed) const {
-  VersionTable table{capability, {}, active, {}};
-  for (const auto& version : versions) {
-    if (!contains(removed, version)) {
-      table.versions.push_back(version);
-    }
-  }
+  VersionTable table{capability, allBut(versions, removed), active, {}};
   if (!table.activeVersion()) {
     table.active.reset();
   }

@@ -9,6 +9,7 @@
 #include "store/PartWriter.h"
 #include "store/adoptFiles.h"
 #include "store/fileTrees.h"
+#include "store/noRoom.h"
 #include "support/util/joined.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -19,34 +20,29 @@ std::string partOf(const std::string& name) {
 }
 
 /// Throws StoreError (NoRoom) if a version and the active one together exceed the budget.
-void requireBudget(const Version& version, const Version* active, std::int64_t budget) {
+void requireBudget(const Version& version, const Version* active, StoreRoot& root) {
+  const std::int64_t budget = root.maxSizeBytes();
   const std::int64_t alone = version.bytes();
   const std::int64_t together = version.bytes(active);
   if (together > budget) {
-    throw StoreError(
-        StoreError::Reason::NoRoom,
+    throw noRoom(
         joined("version ", version.number, " has ", alone, " bytes",
                active == nullptr
                    ? ""
                    : joined(", ", together, " together with the active version ", active->number),
                ", but the budget is ", budget),
-        {}, 0, StoreError::Room{together, budget, -1});
+        {}, root.directory(), together, budget);
   }
 }
 
 }  // namespace
 
 void VersionUpdate::begin(int number, const std::vector<ModelFile>& files, Room room) {
-  try {
-    const std::vector<FoundFile> found = plan(number, files, room);
-    const std::vector<Adoption> adoptions = matchFiles(  // Without the lock.
-        store_->root->directory(), found, missingByName(),
-        [this] { return store_->root->newDigest(); }, [this] { requireRunning(); });
-    prepare(adoptions, room);
-  } catch (...) {
-    end();
-    throw;
-  }
+  const std::vector<FoundFile> found = plan(number, files, room);
+  const std::vector<Adoption> adoptions = matchFiles(  // Without the lock.
+      store_->root->directory(), found, missingByName(),
+      [this] { return store_->root->newDigest(); }, [this] { requireRunning(); });
+  prepare(adoptions, room);
 }
 
 /// Determines which files are missing. Returns the candidates for reuse.
@@ -61,7 +57,7 @@ std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFi
   version_ = std::make_shared<const Version>(table.plan(number, files));
   catalog.requireTableSpace(version_);
   const auto active = room == Room::KeepActive ? table.activeVersion() : nullptr;
-  requireBudget(*version_, active.get(), store_->root->maxSizeBytes());
+  requireBudget(*version_, active.get(), *store_->root);
   const std::set<std::string> named = table.namesWithout({});
   std::set<std::int64_t> sizes;
   for (const auto& [type, name] : version_->files) {
@@ -116,14 +112,20 @@ void VersionUpdate::prepare(const std::vector<Adoption>& adoptions, Room room) {
 
 void VersionUpdate::adopt(const Adoption& adoption) {
   const std::string& found = adoption.file.path.front();
-  if (adoption.file.path.size() == 1) {
-    store_->entries.extras().remove(found);
-  }
   if (adoptFile(store_->root->directory(), adoption)) {
     store_->entries.measure(found);
     store_->entries.measure(adoption.name);
-    present_.insert(adoption.name);
+    markPresent(adoption.name);
   }
+}
+
+/// Notes that a file has the right bytes.
+void VersionUpdate::markPresent(const std::string& name) {
+  std::set<std::string> damaged = store_->catalog.table().damaged;
+  if (damaged.erase(name) != 0) {
+    store_->catalog.setDamaged(damaged);
+  }
+  present_.insert(name);
 }
 
 std::vector<ModelFile> VersionUpdate::missing() {
@@ -167,11 +169,7 @@ void VersionUpdate::place(const PartPlan& part, std::int64_t bytes) {
   store_->entries.measure(name);
   catalog.makeRoom(bytes - store_->entries.size(name), 0, names(), Room::KeepActive);
   store_->entries.place(part.part, name);
-  std::set<std::string> damaged = catalog.table().damaged;
-  if (damaged.erase(name) != 0) {
-    catalog.setDamaged(damaged);
-  }
-  present_.insert(name);
+  markPresent(name);
   recordIfComplete(name);
 }
 

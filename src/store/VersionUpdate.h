@@ -68,6 +68,7 @@ class VersionUpdate final : public PartOwner, public std::enable_shared_from_thi
   std::vector<FoundFile> plan(int number, const std::vector<ModelFile>& files, Room room);
   void prepare(const std::vector<Adoption>& adoptions, Room room);
   void adopt(const Adoption& adoption);
+  void markPresent(const std::string& name);
   void recordIfComplete(const std::string& lastName);
 
   const std::shared_ptr<ModelStoreState> store_;

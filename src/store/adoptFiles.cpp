@@ -33,14 +33,29 @@ void find(IDirectory& directory, std::vector<std::string> path, const std::set<s
   }
 }
 
-/// Calls `use` with the directory of a file and its name in it.
+/// Calls `use` with the directory of a path below the root and the path's last name.
 template <class Use>
-auto inDirectory(IDirectory& root, const FoundFile& file, const Use& use) {
+auto inDirectory(IDirectory& root, const std::vector<std::string>& path, const Use& use) {
   std::unique_ptr<IDirectory> directory;
-  for (std::size_t i = 0; i + 1 < file.path.size(); ++i) {
-    directory = (directory ? *directory : root).openDirectory(file.path[i]);
+  for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+    directory = (directory ? *directory : root).openDirectory(path[i]);
   }
-  return use(directory ? *directory : root, file.path.back());
+  return use(directory ? *directory : root, path.back());
+}
+
+/// Removes a file, if it is there, and the directories above it that are then empty.
+void removeWithParents(IDirectory& root, std::vector<std::string> path) {
+  try {
+    inDirectory(root, path,
+                [](IDirectory& directory, const std::string& name) { directory.remove(name); });
+    for (path.pop_back(); !path.empty(); path.pop_back()) {
+      inDirectory(root, path, [](IDirectory& directory, const std::string& name) {
+        directory.removeDirectory(name);
+      });
+    }
+  } catch (const StoreError&) {
+    // A directory that is not empty, or not there.
+  }
 }
 
 /// Returns the digest of a file, or an empty string if it has changed since it was found or cannot
@@ -48,7 +63,7 @@ auto inDirectory(IDirectory& root, const FoundFile& file, const Use& use) {
 std::string digestOf(IDirectory& root, const FoundFile& file, const NewDigest& newDigest,
                      FunctionRef<void()> checkpoint) {
   try {
-    return inDirectory(root, file, [&](IDirectory& directory, const std::string& name) {
+    return inDirectory(root, file.path, [&](IDirectory& directory, const std::string& name) {
       const auto opened = directory.openForReading(name);
       const auto digest = newDigest();
       const bool isFound = opened->status().isUnchangedSince(file.status);
@@ -94,16 +109,27 @@ std::vector<Adoption> matchFiles(IDirectory& root, const std::vector<FoundFile>&
 
 bool adoptFile(IDirectory& root, const Adoption& adoption) {
   const std::string& name = adoption.name;
-  return inDirectory(root, adoption.file, [&](IDirectory& directory, const std::string& found) {
-    if (!directory.status(found).isUnchangedSince(adoption.file.status)) {
-      return false;
+  const std::vector<std::string>& path = adoption.file.path;
+  const bool isTaken =
+      inDirectory(root, path, [&](IDirectory& directory, const std::string& found) {
+        if (!directory.status(found).isUnchangedSince(adoption.file.status)) {
+          return false;
+        }
+        directory.openForReading(found)->sync();
+        if (&directory != &root || found != name) {
+          renameOver(directory, found, root, name);
+        }
+        return true;
+      });
+  if (isTaken) {
+    std::vector<std::string> extra = path;
+    extra.insert(extra.begin(), kExtraName);
+    removeWithParents(root, extra);
+    if (path.size() > 1) {
+      removeWithParents(root, path);
     }
-    directory.openForReading(found)->sync();
-    if (&directory != &root || found != name) {
-      renameOver(directory, found, root, name);
-    }
-    return true;
-  });
+  }
+  return isTaken;
 }
 
 }  // namespace zentrel::vistabase::ardelivery

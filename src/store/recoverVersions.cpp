@@ -1,8 +1,10 @@
 #include "store/recoverVersions.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,7 +41,7 @@ VersionTable recoverVersions(StoreRoot& root, const Capability& capability) {
   root.readOwnFile(kIndexName, [&] {
     versions = readIndex(readSmallFile(root.directory(), kIndexName).value_or(""));
   });
-  VersionTable table{capability};
+  Versions intact;
   std::map<std::string, bool> checked;
   for (const IndexedVersion& indexed : versions) {
     Version version{indexed.number, {}};
@@ -55,10 +57,19 @@ VersionTable recoverVersions(StoreRoot& root, const Capability& capability) {
       version.files.push_back({{type, root.directory().status(name).size, sha256}, name});
     }
     if (isIntact && types == capability.types()) {
-      table = table.with(std::make_shared<const Version>(std::move(version)), true);
+      intact.push_back(std::make_shared<const Version>(std::move(version)));
     }
   }
+  VersionTable table{capability};
+  std::set<int> numbers;
+  for (auto version = intact.rbegin(); version != intact.rend(); ++version) {
+    if (numbers.insert((*version)->number).second) {  // Of several with a number, the last.
+      table.versions.push_back(*version);
+    }
+  }
+  std::reverse(table.versions.begin(), table.versions.end());
   if (!table.versions.empty()) {
+    table.active = table.versions.back()->number;
     root.report("recovered the versions from the index");
   }
   return table;

@@ -117,7 +117,9 @@ std::vector<std::string> DryStore::open() {
     files_.dropUnfinished();
   }
   for (const std::string& name : std::exchange(deleted_, {})) {
-    told_.push_back("would delete " + printable(name));
+    if (name != kLockName) {
+      told_.push_back("would delete " + printable(name));
+    }
   }
   return told_;
 }

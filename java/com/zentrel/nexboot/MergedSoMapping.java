@@ -37,11 +37,19 @@ public final class MergedSoMapping {
             try {
                 System.loadLibrary(MERGED_LIBRARY);
             } catch (LinkageError failure) {
-                throw Failure.of(System.mapLibraryName(MERGED_LIBRARY) + " cannot be loaded on "
-                        + System.getProperty("os.arch") + ": " + failure.getMessage());
+                throw Failure.of(System.mapLibraryName(MERGED_LIBRARY) + " cannot be loaded for "
+                        + abi() + ": " + failure.getMessage());
             }
             sMergedLibraryLoaded = true;
         }
+    }
+
+    /** {@return the ABI, by the name that Android has for it} */
+    private static String abi() {
+        String machine = System.getProperty("os.arch");
+        return machine.equals("aarch64") ? "arm64-v8a"
+                : machine.startsWith("arm") ? "armeabi-v7a"
+                : machine;
     }
 
     private static String ownerOf(String libraryName) {
