@@ -20,7 +20,7 @@ class ModelStoreLife final : public Life {
   /// Opens, updates with a retry, goes back and forth, trims, takes what lies there, and closes.
   void live() override {
     survives([&] {  // Nobody has synced it.
-      const std::string raw = bytesOf(kCapability.types()[0], 4);
+      const std::string raw = bytesOf(kCapability.types()[0], 3);
       disk_.environment().openRoot(kRoot)->create("raw")->append(raw.data(), raw.size());
     });
     std::unique_ptr<ModelStore> store;
@@ -127,7 +127,7 @@ class ModelStoreLife final : public Life {
   std::set<std::string> committed_;      // Digests of files that no update is to list as missing.
 };
 
-/// A root in which version 2 is active and 1 is complete, and that has files of version 4.
+/// A root in which version 2 is active and 1 is complete, and that has a file of version 4.
 Image filledRoot() {
   SimulatedDisk disk;
   const auto store = openStore(disk);

@@ -91,10 +91,10 @@ TEST(Processes, loseNothingThatWasCommittedWhenTheyAreKilled) {
   const unsigned seed = givenOrNewSeed();
   SCOPED_TRACE("MODELCACHE_SEED=" + std::to_string(seed));
   std::mt19937 random(seed);
-  Progress last;
+  Progress last{0, true};
   for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
     {
-      const Child child(root, last.generation + 1);
+      const Child child(root, last.isDone ? last.generation + 1 : last.generation);
       for (std::size_t told = random() % 8 + 2; told > 0 && child.hear(last); --told) {
       }
       ::usleep(static_cast<useconds_t>(random() % 3000));
