@@ -116,8 +116,10 @@ TEST_F(FileStoreTest, keepsTheOldEntryUntilTheNewOneIsCommitted) {
   out->close();
   EXPECT_EQ(0u, disk_.now().count(".part-key"));
   EXPECT_EQ(Reason::Io, reasonOf([&] { out->write("1", 1); }));
-  disk_.failOnce("rename", "key", EIO);
-  EXPECT_EQ(Reason::Io, reasonOf([&] { write("key", 20); }));
+  for (const auto& [call, name] : {std::pair("rename", "key"), std::pair("syncDirectory", "")}) {
+    disk_.failOnce(call, name, EIO);
+    EXPECT_EQ(Reason::Io, reasonOf([&] { write("key", 20); }));
+  }
   EXPECT_EQ(10u, disk_.now()["key"].size());
   EXPECT_EQ(BytesVector{1}, store_->extra("key"));
 }
