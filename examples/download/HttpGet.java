@@ -29,11 +29,20 @@ final class HttpGet implements Closeable {
         if (offset > 0) {
             mConnection.setRequestProperty("Range", "bytes=" + offset + "-");
         }
-        mStatus = mConnection.getResponseCode();
+        mStatus = requestStatus();
         if (mStatus != HttpURLConnection.HTTP_OK && mStatus != HttpURLConnection.HTTP_PARTIAL) {
             HttpStatusException failure = new HttpStatusException(mStatus, mConnection);
             mConnection.disconnect();
             throw failure;
+        }
+    }
+
+    /** A URL from a server must not become an unchecked exception of the app. */
+    private int requestStatus() throws IOException {
+        try {
+            return mConnection.getResponseCode();
+        } catch (RuntimeException unusable) { // such as a port out of range, also of a redirect
+            throw new IOException(unusable);
         }
     }
 

@@ -63,8 +63,9 @@ public final class Manifest {
                 mUrls.put(new ModelFile(file.getString("type"), file.getLong("size"),
                         file.getString("sha256")), url);
             }
-        } catch (JSONException | IllegalArgumentException | MalformedURLException wrong) {
-            throw notAManifest(base, wrong.getMessage());
+        } catch (JSONException | IllegalArgumentException | MalformedURLException
+                | StackOverflowError wrong) { // The last one from thousands of brackets.
+            throw notAManifest(base, wrong.toString());
         }
     }
 

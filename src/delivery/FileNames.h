@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 /// The names of all files in a root that are not entries.
@@ -22,6 +23,8 @@ constexpr std::string_view kPartPrefix = ".part-";      ///< Followed by the nam
 constexpr std::string_view kResumePrefix = ".resume-";  ///< Followed by the content's digest.
 constexpr std::string_view kNewPrefix = ".new-";        ///< Followed by the file to replace.
 constexpr std::string_view kNewExtraName = ".new-extra";
+
+constexpr std::size_t kLongestFileName = 255;  ///< Bytes; of most file systems.
 
 /// Whether `name` begins with `prefix`.
 constexpr bool beginsWith(std::string_view name, std::string_view prefix) noexcept {

@@ -137,6 +137,7 @@ DiskFileStore::DiskFileStore(std::shared_ptr<StoreRoot> root)
     : state_(std::make_shared<State>(std::move(root))) {}
 
 DiskFileStore::~DiskFileStore() {
+  const StoreCall call(*state_->root, std::nothrow);
   state_->root->close();
 }
 

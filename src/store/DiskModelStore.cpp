@@ -22,7 +22,10 @@ class UpdateHandle final : public Update {
       : root_(std::move(root)), update_(std::move(update)) {}
   UpdateHandle(const UpdateHandle&) = delete;
   UpdateHandle& operator=(const UpdateHandle&) = delete;
-  ~UpdateHandle() override { update_->end(); }
+  ~UpdateHandle() override {
+    const StoreCall call(*root_, std::nothrow);
+    update_->end();
+  }
 
   std::vector<ModelFile> missing() override {
     const StoreCall call(*root_);
@@ -94,6 +97,7 @@ std::unique_ptr<ModelStore> DiskModelStore::open(const std::string& root,
 }
 
 DiskModelStore::~DiskModelStore() {
+  const StoreCall call(*state_->root, std::nothrow);
   state_->root->close();
 }
 

@@ -81,7 +81,9 @@ bool EntryDirectory::use(const std::string& name) {
   const auto known = records_.find(name);
   const bool isMeasured = status.isDirectory() && known != records_.end();
   const std::int64_t size = isMeasured ? known->second.size : sizeOf(root_, name, status);
-  set(name, {size, touch(name)});
+  // Another name of the file may be outside the root, which keeps its date.
+  const bool isShared = status.isRegular() && !status.isOwn();
+  set(name, {size, isShared ? newest_ + 1 : touch(name)});
   return true;
 }
 
@@ -95,25 +97,33 @@ void EntryDirectory::measure(const std::string& name) {
   }
 }
 
-void EntryDirectory::place(const std::string& part, const std::string& name) {
-  ensureLoaded();
-  const std::int64_t size = root_.status(part).size;
+/// Calls `change`, which replaces or removes an entry, once its extra bytes are gone. They come
+/// back if it fails.
+bool EntryDirectory::changeContent(const std::string& name, FunctionRef<bool()> change) {
   const std::optional<std::string> extra = extras_.remove(name);
   try {
-    renameOver(root_, part, root_, name);
+    return change();
   } catch (...) {
     if (extra) {
       extras_.replace(name, *extra);
     }
     throw;
   }
+}
+
+void EntryDirectory::place(const std::string& part, const std::string& name) {
+  ensureLoaded();
+  const std::int64_t size = root_.status(part).size;
+  changeContent(name, [&] {
+    renameOver(root_, part, root_, name);
+    return true;
+  });
   set(name, {size, touch(name)});
 }
 
 bool EntryDirectory::drop(const std::string& name) {
   ensureLoaded();
-  extras_.remove(name);
-  const bool isDropped = removeTree(root_, name);
+  const bool isDropped = changeContent(name, [&] { return removeTree(root_, name); });
   forget(name);
   return isDropped;
 }

@@ -65,6 +65,7 @@ class EntryDirectory {
   void ensureLoaded();
   void set(const std::string& name, Record record);
   void forget(const std::string& name);
+  bool changeContent(const std::string& name, FunctionRef<bool()> change);
   std::int64_t touch(const std::string& name);
 
   IDirectory& root_;

@@ -1,6 +1,8 @@
 #include "store/PartWriter.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <exception>
 #include <utility>
 #include <vector>
@@ -26,7 +28,13 @@ PartHandle::PartHandle(std::shared_ptr<StoreRoot> root, PartPlan plan)
   PartWriter::activate(writer_);
 }
 
+PartHandle::~PartHandle() {
+  const StoreCall call(writer_->root(), std::nothrow);
+  writer_->closeNow();
+}
+
 std::int64_t PartWriter::offset() const {
+  root_->requireOpen();
   const std::lock_guard<std::mutex> guard(mutex_);
   return size_;
 }
@@ -164,7 +172,8 @@ void PartWriter::requireUsable() const {
 void PartWriter::requireRoom(std::size_t count) {
   const std::int64_t most =
       plan_.expected ? plan_.expected->sizeBytes : std::int64_t{root_->maxSizeBytes()};
-  const std::int64_t total = addSizes(size_, static_cast<std::int64_t>(count));
+  const auto added = static_cast<std::int64_t>(std::min<std::uint64_t>(count, INT64_MAX));
+  const std::int64_t total = addSizes(size_, added);
   if (total <= most) {
     return;
   }

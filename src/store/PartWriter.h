@@ -59,6 +59,7 @@ class PartWriter final : public EntryWriter {
 
   /// Like `close`, for the root or the update that is closing it.
   void closeNow() noexcept;
+  StoreRoot& root() const noexcept { return *root_; }
 
  private:
   bool openExisting();
@@ -91,7 +92,7 @@ class PartHandle final : public EntryWriter {
   PartHandle(std::shared_ptr<StoreRoot> root, PartPlan plan);
   PartHandle(const PartHandle&) = delete;
   PartHandle& operator=(const PartHandle&) = delete;
-  ~PartHandle() override { writer_->closeNow(); }
+  ~PartHandle() override;
 
   void resume() { writer_->resume(); }
 

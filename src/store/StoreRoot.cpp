@@ -151,13 +151,23 @@ StoreCall::StoreCall(StoreRoot& root) : root_(root) {
   root_.calls_.emplace_back(self, this);
 }
 
+StoreCall::StoreCall(StoreRoot& root, std::nothrow_t /*destructor*/) noexcept : root_(root) {
+  try {
+    const std::lock_guard<std::mutex> guard(root_.callsMutex_);
+    root_.calls_.emplace_back(std::this_thread::get_id(), this);
+  } catch (const std::bad_alloc&) {
+    // Reports are then delivered at once.
+  }
+}
+
 StoreCall::~StoreCall() {
   for (const auto& [message, function] : reports_) {
     printReport(message, function);
   }
   const std::lock_guard<std::mutex> guard(root_.callsMutex_);
   auto& calls = root_.calls_;
-  calls.erase(std::find(calls.begin(), calls.end(), std::pair(std::this_thread::get_id(), this)));
+  calls.erase(std::remove(calls.begin(), calls.end(), std::pair(std::this_thread::get_id(), this)),
+              calls.end());
 }
 
 }  // namespace zentrel::vistabase::ardelivery

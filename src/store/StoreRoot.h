@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -100,6 +101,8 @@ class StoreCall {
  public:
   /// Throws UsageError if this thread is already inside a call.
   explicit StoreCall(StoreRoot& root);
+  /// For destructors, which may run in the middle of another call.
+  StoreCall(StoreRoot& root, std::nothrow_t destructor) noexcept;
   StoreCall(const StoreCall&) = delete;
   StoreCall& operator=(const StoreCall&) = delete;
   ~StoreCall();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <map>
 #include <utility>
 
 #include "delivery/FileNames.h"
@@ -197,33 +198,37 @@ void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
 
 VersionCatalog::Plan VersionCatalog::planRoom(std::int64_t lacking,
                                               const std::set<std::string>& kept, Room room) {
+  std::map<std::string, int> users;  // How many of the remaining versions have a file.
+  for (const auto& version : table_.versions) {
+    for (const std::string& name : version->names()) {
+      ++users[name];
+    }
+  }
   Plan plan;
+  const auto add = [&](const std::shared_ptr<const Version>& version) {
+    plan.versions.push_back(version);
+    for (const std::string& name : version->names()) {
+      if (--users[name] == 0 && kept.count(name) == 0) {
+        plan.bytes = addSizes(plan.bytes, entries_.size(name));
+      }
+    }
+  };
   const auto active = table_.activeVersion();
   for (const auto& version : table_.versions) {
     if (plan.bytes < lacking && version != active) {
-      plan.versions.push_back(version);
-      plan.bytes = sizeOf(table_.namesOnlyOf(plan.versions, kept));
+      add(version);
     }
   }
-  const std::set<std::string> named = table_.namesWithout({});
   plan.entries = entries_.leastRecentlyUsed(lacking - plan.bytes, [&](const std::string& name) {
-    return named.count(name) != 0 || kept.count(name) != 0;
+    return users.count(name) != 0 || kept.count(name) != 0;
   });
-  const std::int64_t strays = sizeOf({plan.entries.begin(), plan.entries.end()});
-  if (addSizes(plan.bytes, strays) < lacking && room == Room::GiveUpActive && active) {
-    plan.versions.push_back(active);
-    plan.bytes = sizeOf(table_.namesOnlyOf(plan.versions, kept));
+  for (const std::string& name : plan.entries) {
+    plan.bytes = addSizes(plan.bytes, entries_.size(name));
   }
-  plan.bytes = addSizes(plan.bytes, strays);
+  if (plan.bytes < lacking && room == Room::GiveUpActive && active) {
+    add(active);
+  }
   return plan;
-}
-
-std::int64_t VersionCatalog::sizeOf(const std::set<std::string>& names) {
-  std::int64_t sum = 0;
-  for (const std::string& name : names) {
-    sum = addSizes(sum, entries_.size(name));
-  }
-  return sum;
 }
 
 /// Makes the in-memory table durable, before deleting files that an earlier one may still name.
@@ -270,8 +275,10 @@ void VersionCatalog::reread() noexcept {
   isIndexStale_ = true;
   try {
     const auto stored = VersionTableFile::read(root_.directory());
-    table_ = stored ? stored->table : VersionTable{table_.capability};
-    indexCrc_ = stored ? stored->indexCrc : std::nullopt;
+    if (stored) {  // Otherwise memory is the only copy that there is.
+      table_ = stored->table.withDamaged(table_.damaged);
+      indexCrc_ = stored->indexCrc;
+    }
     try {
       dropIncomplete();
     } catch (const StoreError& error) {

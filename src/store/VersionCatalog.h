@@ -70,7 +70,6 @@ class VersionCatalog {
   void reread() noexcept;
   void ensureDurable();
   Plan planRoom(std::int64_t lacking, const std::set<std::string>& kept, Room room);
-  std::int64_t sizeOf(const std::set<std::string>& names);
   void publish();
 
   StoreRoot& root_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "delivery/FileNames.h"
 #include "delivery/ModelCache/CacheDescriptorSerializer.h"
 #include "store/Digest.h"
 
@@ -22,7 +23,8 @@ std::optional<IndexedVersion::File> toFile(const ModelRecord& model) {
 
 bool isModelFileName(const std::string& name) noexcept {
   const std::string_view text = name;
-  return text.size() > kDigestLength + 1 && text[kDigestLength] == '-' &&
+  return text.size() > kDigestLength + 1 && text.size() <= kLongestFileName &&
+         text[kDigestLength] == '-' &&
          text.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos &&
          isDigest(text.substr(0, kDigestLength));
 }

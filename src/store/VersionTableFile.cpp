@@ -28,8 +28,8 @@ boost::json::object toJson(const Version& version) {
 /// Accepts only names of entries: a forged table must not lead the store to any other file.
 std::string toName(const JsonValue& value) {
   std::string name = json::toString(value);
-  if (name.empty() || !isEntryName(name) || name.find('/') != std::string::npos ||
-      name.find('\0') != std::string::npos) {
+  if (name.empty() || name.size() > kLongestFileName || !isEntryName(name) ||
+      name.find('/') != std::string::npos || name.find('\0') != std::string::npos) {
     throw json::Error("not the name of a model file");
   }
   return name;

@@ -38,16 +38,16 @@ void requireBudget(const Version& version, const Version* active, StoreRoot& roo
 }  // namespace
 
 void VersionUpdate::begin(int number, const std::vector<ModelFile>& files, Room room) {
-  const std::vector<FoundFile> found = plan(number, files, room);
+  const auto [found, missing] = plan(number, files, room);
   const std::vector<Adoption> adoptions = matchFiles(  // Without the lock.
-      store_->root->directory(), found, missingByName(),
-      [this] { return store_->root->newDigest(); }, [this] { requireRunning(); });
+      store_->root->directory(), found, missing, [this] { return store_->root->newDigest(); },
+      [this] { requireRunning(); });
   prepare(adoptions, room);
 }
 
-/// Determines which files are missing. Returns the candidates for reuse.
-std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFile>& files,
-                                           Room room) {
+/// Determines which files are missing. Returns the candidates for reuse, and the missing files.
+std::pair<std::vector<FoundFile>, FilesByName> VersionUpdate::plan(
+    int number, const std::vector<ModelFile>& files, Room room) {
   const auto lock = store_->root->lockForChange();
   if (const auto running = store_->runningUpdate()) {
     throw UsageError(joined("an update to version ", running->number(), " is running"));
@@ -70,7 +70,7 @@ std::vector<FoundFile> VersionUpdate::plan(int number, const std::vector<ModelFi
     }
   }
   store_->update = weak_from_this();
-  return findFiles(store_->root->directory(), sizes, named);
+  return {findFiles(store_->root->directory(), sizes, named), missingByName()};
 }
 
 /// Adopts files with the right content, and makes room for the rest.
@@ -83,6 +83,7 @@ void VersionUpdate::prepare(const std::vector<Adoption>& adoptions, Room room) {
   }
   store_->entries.dropUnfinished(parts());
   std::int64_t added = 0;
+  std::int64_t replaced = 0;
   std::int64_t written = 0;
   std::set<std::string> absent;
   for (const auto& [name, file] : missingByName()) {
@@ -96,11 +97,11 @@ void VersionUpdate::prepare(const std::vector<Adoption>& adoptions, Room room) {
       absent.insert(partOf(name));
     }
     store_->entries.measure(name);
-    const std::int64_t inPlace = std::min(store_->entries.size(name), file.sizeBytes());
-    added = addSizes(added, file.sizeBytes() - inPlace);
+    added = addSizes(added, file.sizeBytes());
+    replaced = addSizes(replaced, store_->entries.size(name));
     written = addSizes(written, file.sizeBytes() - (isUsable ? part.size : 0));
   }
-  store_->catalog.makeRoom(added, written, names(), room);
+  store_->catalog.makeRoom(added - replaced, written, names(), room);
   for (const std::string& part : absent) {
     directory.create(part);
   }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "store/EntryDirectory.h"
@@ -65,7 +66,9 @@ class VersionUpdate final : public PartOwner, public std::enable_shared_from_thi
 
  private:
   FilesByName missingByName() const;
-  std::vector<FoundFile> plan(int number, const std::vector<ModelFile>& files, Room room);
+  std::pair<std::vector<FoundFile>, FilesByName> plan(int number,
+                                                      const std::vector<ModelFile>& files,
+                                                      Room room);
   void prepare(const std::vector<Adoption>& adoptions, Room room);
   void adopt(const Adoption& adoption);
   void markPresent(const std::string& name);

@@ -103,7 +103,7 @@ public final class FileStore implements Closeable {
      */
     public @NotNull File getOrFetch(final @NotNull String key, final @NotNull Fetcher fetcher)
             throws IOException {
-        return mFlights.run(key, new Callable<File>() {
+        return mFlights.run('/' + key, new Callable<File>() {
             @Override
             public File call() throws IOException {
                 File found = get(key);
@@ -151,7 +151,8 @@ public final class FileStore implements Closeable {
     public @NotNull File getOrFetch(final @NotNull String key, final long sizeBytes,
             final @NotNull String sha256, final @NotNull ResumingFetcher fetcher)
             throws IOException {
-        return mFlights.run(key, new Callable<File>() {
+        String flight = sha256 + '/' + sizeBytes + '/' + key; // only of the same content
+        return mFlights.run(flight, new Callable<File>() {
             @Override
             public File call() throws IOException {
                 File found = get(key);

@@ -9,25 +9,43 @@ import java.util.concurrent.Callable;
 import java.util.concurrent.ConcurrentHashMap;
 import java.util.concurrent.ExecutionException;
 import java.util.concurrent.FutureTask;
+import java.util.concurrent.TimeUnit;
+import java.util.concurrent.TimeoutException;
 
 /** Of several threads that want the same thing, lets one fetch it while the others wait. */
 final class SingleFlight {
+    private static final long POLL_MILLIS = 100;
+
     private final ConcurrentHashMap<String, Flight> mFlights = new ConcurrentHashMap<>();
 
     /** What threads wait for. */
     private final Map<Thread, Flight> mWaiting = new HashMap<>();
 
     File run(String key, Callable<File> fetching) throws IOException {
-        Flight flight = new Flight(fetching);
-        Flight other = mFlights.putIfAbsent(key, flight);
-        if (other != null) {
-            return waitFor(other);
+        while (true) {
+            Flight flight = new Flight(fetching);
+            Flight other = null;
+            try {
+                other = mFlights.putIfAbsent(key, flight);
+                if (other == null) {
+                    flight.run();
+                }
+            } finally {
+                flight.mThread = null; // first: it works even when the stack has overflowed
+                mFlights.remove(key, flight);
+            }
+            if (other == null) {
+                return resultOf(flight);
+            }
+            File fetched = waitFor(other);
+            if (fetched != null) {
+                return fetched;
+            }
+            mFlights.remove(key, other);
         }
-        try {
-            flight.run();
-        } finally {
-            mFlights.remove(key);
-        }
+    }
+
+    private static File resultOf(Flight flight) throws IOException {
         try {
             return flight.get();
         } catch (InterruptedException impossible) { // It is done.
@@ -43,19 +61,27 @@ final class SingleFlight {
         throw (T) failure;
     }
 
+    /** Null if its thread has left it undone, as after a stack overflow. */
     private File waitFor(Flight other) throws IOException {
         Thread thread = Thread.currentThread();
-        synchronized (mWaiting) {
-            for (Flight flight = other; flight != null; flight = mWaiting.get(flight.mThread)) {
-                if (flight.mThread == thread && !flight.isDone()) {
-                    throw new IllegalStateException(
-                            "fetchers wait for each other: one asks for what the other fetches");
+        try {
+            synchronized (mWaiting) {
+                for (Flight flight = other; flight != null; flight = mWaiting.get(flight.mThread)) {
+                    if (flight.mThread == thread && !flight.isDone()) {
+                        throw new IllegalStateException(
+                                "fetchers wait for each other: one asks for what the other fetches");
+                    }
+                }
+                mWaiting.put(thread, other);
+            }
+            while (other.mThread != null || other.isDone()) {
+                try {
+                    return other.get(POLL_MILLIS, TimeUnit.MILLISECONDS);
+                } catch (TimeoutException stillFetching) {
+                    // Looks again whether anyone still fetches.
                 }
             }
-            mWaiting.put(thread, other);
-        }
-        try {
-            return other.get();
+            return null;
         } catch (InterruptedException interruption) {
             thread.interrupt();
             throw new InterruptedIOException("interrupted while another thread fetches");
@@ -74,7 +100,8 @@ final class SingleFlight {
 
     /** The fetching of one entry. */
     private static final class Flight extends FutureTask<File> {
-        private final Thread mThread = Thread.currentThread();
+        /** Null once it has left the flight. */
+        private volatile Thread mThread = Thread.currentThread();
 
         Flight(Callable<File> fetching) {
             super(fetching);
