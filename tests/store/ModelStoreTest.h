@@ -11,6 +11,20 @@
 
 namespace zentrel::vistabase::ardelivery {
 
+inline std::unique_ptr<ModelStore> openModels(SimulatedDisk& disk,
+                                              std::int64_t budget = samples::kTwoVersions) {
+  return DiskModelStore::open(kRoot, samples::kCapability, budget, disk.environment());
+}
+
+/// A root in which versions 1 and 2 are complete, and 2 is active.
+inline Image rootWithTwoVersions() {
+  SimulatedDisk disk;
+  const auto store = openModels(disk);
+  samples::update(*store, 1);
+  samples::update(*store, 2);
+  return disk.now();
+}
+
 /// A store on a simulated disk, with room for three versions.
 class ModelStoreTest : public testing::Test {
  protected:
@@ -18,9 +32,9 @@ class ModelStoreTest : public testing::Test {
 
   void open(std::int64_t budget = 3 * samples::kVersionSize) {
     store_.reset();
-    store_ = DiskModelStore::open(kRoot, samples::kCapability, budget, disk_.environment());
+    store_ = openModels(disk_, budget);
   }
-  /// On a disk that has more, or less, than the store left on it.
+  /// Reopens the store after a change to what is on the disk.
   template <class Change>
   void reopenWith(const Change& change, std::int64_t budget = 3 * samples::kVersionSize) {
     store_.reset();
@@ -38,7 +52,7 @@ class ModelStoreTest : public testing::Test {
   std::optional<int> active() { return store_->snapshot()->active; }
   std::vector<int> versions() { return store_->snapshot()->versions; }
   bool has(const std::string& name) { return disk_.now().count(name) != 0; }
-  /// The version is active, and its files have its bytes.
+  /// Expects that the version is active, and its files intact.
   void expectActive(int version) {
     EXPECT_EQ(version, active());
     Image now = disk_.now();

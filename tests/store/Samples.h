@@ -12,13 +12,13 @@
 #include "store/ModelStore.h"
 #include "store/OpenSslDigest.h"
 
-/// Versions to fill stores with. Of each, the first two files are its own.
+/// Versions to fill stores with. Each has two files of its own and shares the other two.
 namespace zentrel::vistabase::ardelivery::samples {
 
 inline const Capability kCapability = Capability::faceTracking();
 constexpr std::int64_t kSize = 100;
 constexpr std::int64_t kVersionSize = 4 * kSize;
-constexpr std::int64_t kTwoVersions = 6 * kSize;  ///< What two versions have together.
+constexpr std::int64_t kTwoVersions = 6 * kSize;  ///< Of two versions together.
 
 inline std::string sha256(const std::string& bytes) {
   const auto digest = newOpenSslDigest();
@@ -51,12 +51,15 @@ inline std::string nameOf(const ModelFile& file) {
   return file.sha256() + '-' + file.type();
 }
 
+/// Writes the rest of `bytes`, from the writer's offset on, and commits.
+inline void put(EntryWriter& out, const std::string& bytes) {
+  const auto offset = static_cast<std::size_t>(out.offset());
+  out.write(bytes.data() + offset, bytes.size() - offset);
+  out.commit();
+}
+
 inline void download(Update& update, const ModelFile& file, int version) {
-  const auto out = update.write(file);
-  const std::string rest =
-      bytesOf(file.type(), version).substr(static_cast<std::size_t>(out->offset()));
-  out->write(rest.data(), rest.size());
-  out->commit();
+  put(*update.write(file), bytesOf(file.type(), version));
 }
 
 inline void update(ModelStore& store, int version) {
@@ -65,11 +68,6 @@ inline void update(ModelStore& store, int version) {
     download(*update, file, version);
   }
   update->activate();
-}
-
-inline void put(EntryWriter& out, const std::string& bytes) {
-  out.write(bytes.data(), bytes.size());
-  out.commit();
 }
 
 /// The reason of the StoreError that a call throws; Io, with a failure, if it throws none.
@@ -84,7 +82,7 @@ StoreError::Reason reasonOf(const Call& call) {
   return StoreError::Reason::Io;
 }
 
-/// Keeps soft errors from standard error, and counts them.
+/// Counts soft errors instead of printing them.
 class SoftErrors {
  public:
   SoftErrors() {
