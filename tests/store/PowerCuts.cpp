@@ -30,6 +30,20 @@ void apply(const Change& change, const NamesOf& namesOf) {
   }
 }
 
+/// Adds what is in a directory, with the bytes given for a file or else its own.
+template <class NamesOf>
+void add(Image& image, const std::string& path, const Node& directory, const NamesOf& namesOf,
+         const std::map<const Node*, std::string>& bytes) {
+  for (const auto& [name, node] : namesOf(directory)) {
+    if (node->isDirectory) {
+      image[path + name + '/'];
+      add(image, path + name + '/', *node, namesOf, bytes);
+    } else {
+      image[path + name] = bytes.count(node.get()) != 0 ? bytes.at(node.get()) : node->bytes;
+    }
+  }
+}
+
 std::string torn(const std::string& bytes, const std::string& synced, bool isCut) {
   const std::size_t kept = bytes.compare(0, synced.size(), synced) == 0 ? synced.size() : 0;
   std::string left = bytes.substr(0, kept + (bytes.size() - kept) / 2);
@@ -82,23 +96,14 @@ Image SimulatedDisk::imageAfter(const std::vector<int>& choices) const {
     }
   }
   Image image;
-  const std::function<void(const std::string&, const Node&)> add = [&](const std::string& path,
-                                                                       const Node& node) {
-    if (!node.isDirectory) {
-      image[path] = bytes.try_emplace(&node, node.bytes).first->second;
-      return;
-    }
-    path.empty() ? void() : void(image[path + '/']);
-    for (const auto& [name, inside] : namesOf(node)) {
-      add(path.empty() ? name : path + '/' + name, *inside);
-    }
-  };
-  add("", *root_);
+  add(image, "", *root_, namesOf, bytes);
   return image;
 }
 
 Image SimulatedDisk::now() const {
-  return imageAfter(std::vector<int>(pending_.size(), kDone));
+  Image image;
+  add(image, "", *root_, [](const Node& directory) { return directory.names; }, {});
+  return image;
 }
 
 std::uint64_t SimulatedDisk::forEachPowerCut(std::size_t mostChanges,
