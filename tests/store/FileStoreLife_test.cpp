@@ -67,15 +67,7 @@ class FileStoreLife final : public Life {
     }
   }
 
-  std::string expectation() const override {
-    std::string text;
-    for (const auto& [key, founds] : may_) {
-      for (const auto& [content, extra] : founds) {
-        text += key + content.value_or("-") + extra.value_or("-") + ' ';
-      }
-    }
-    return text;
-  }
+  std::string expectation() const override { return testing::PrintToString(may_); }
 
   void check(SimulatedDisk& disk) const override {
     if (may_.at("key").count(Found()) == 0) {  // It holds entries.

@@ -116,29 +116,24 @@ TEST(Processes, loseNothingThatWasCommittedWhenTheyAreKilled) {
 
 TEST(Processes, areToldWhoHasTheRoot) {
   const TemporaryDirectory root;
-  const auto refusal = [&] {
+  const auto expectRefusal = [&](const std::string& holder) {
     const auto descriptors = [] {
       return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
     };
     const auto before = descriptors();
-    try {
-      FileStore::open(root / "files", 1);
-    } catch (const StoreError& error) {
-      EXPECT_EQ(StoreError::Reason::InUse, error.reason());
-      EXPECT_EQ(before, descriptors());
-      return std::string(error.what());
-    }
-    return std::string();
+    const StoreError error = errorOf([&] { FileStore::open(root / "files", 1); });
+    EXPECT_EQ(before, descriptors());
+    EXPECT_EQ(StoreError::Reason::InUse, error.reason());
+    EXPECT_THAT(error.what(), testing::HasSubstr(holder));
   };
   {
     const Child child(root, 1);
     int progress = 0;
     child.hear(progress);
-    EXPECT_THAT(refusal(),
-                testing::HasSubstr("the process " + std::to_string(child.process) + " ("));
+    expectRefusal("the process " + std::to_string(child.process) + " (");
   }
   const auto store = FileStore::open(root / "files", 1);
-  EXPECT_THAT(refusal(), testing::HasSubstr("this process already, opened by the thread"));
+  expectRefusal("this process already, opened by the thread");
 }
 
 }  // namespace

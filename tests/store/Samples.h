@@ -70,16 +70,21 @@ inline void update(ModelStore& store, int version) {
   update->activate();
 }
 
-/// The reason of the StoreError that a call throws; Io, with a failure, if it throws none.
+/// Returns the StoreError that a call throws; fails, and returns one of Io, if it throws none.
 template <class Call>
-StoreError::Reason reasonOf(const Call& call) {
+StoreError errorOf(const Call& call) {
   try {
     call();
     ADD_FAILURE() << "no error";
   } catch (const StoreError& error) {
-    return error.reason();
+    return error;
   }
-  return StoreError::Reason::Io;
+  return {StoreError::Reason::Io, ""};
+}
+
+template <class Call>
+StoreError::Reason reasonOf(const Call& call) {
+  return errorOf(call).reason();
 }
 
 /// Counts soft errors instead of printing them.
