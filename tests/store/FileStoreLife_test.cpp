@@ -2,7 +2,6 @@
 #include <set>
 
 #include "store/DiskFileStore.h"
-#include "store/DiskModelStore.h"
 #include "store/FileKey.h"
 #include "tests/store/Life.h"
 

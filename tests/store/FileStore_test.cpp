@@ -1,12 +1,12 @@
-#include <gmock/gmock.h>
-
+#include <atomic>
 #include <cerrno>
 #include <functional>
+#include <future>
+#include <thread>
 
 #include "store/DiskFileStore.h"
 #include "store/FileKey.h"
 #include "tests/store/Samples.h"
-#include "tests/store/SimulatedDisk.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -178,6 +178,21 @@ TEST_F(FileStoreTest, keepsNothingOfAFetchThatThrows) {
   EXPECT_EQ(std::nullopt, store_->get("key"));
   const auto nested = [&](EntryWriter&) { store_->getOrFetch("key", failing); };
   EXPECT_THROW(store_->getOrFetch("key", nested), UsageError) << "it would wait for itself";
+}
+
+TEST_F(FileStoreTest, refusesFetchesThatWouldWaitForEachOther) {
+  std::atomic<int> inside{0};
+  const auto cross = [&](const std::string& own, const std::string& other) {
+    store_->getOrFetch(own, [&](EntryWriter&) {
+      for (++inside; inside < 2;) {
+        std::this_thread::yield();
+      }
+      store_->getOrFetch(other, [](EntryWriter&) {});
+    });
+  };
+  auto thread = std::async(std::launch::async, cross, "x", "y");
+  EXPECT_THROW(cross("y", "x"), UsageError);
+  EXPECT_THROW(thread.get(), UsageError) << "one is refused; the other, which waits for it, fails";
 }
 
 }  // namespace

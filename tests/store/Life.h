@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <iostream>
 #include <new>
@@ -9,7 +7,6 @@
 #include <unordered_set>
 
 #include "tests/store/Samples.h"
-#include "tests/store/SimulatedDisk.h"
 
 namespace zentrel::vistabase::ardelivery {
 

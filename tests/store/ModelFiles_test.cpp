@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <functional>
 
-#include "tests/store/ModelStoreTest.h"
+#include "tests/store/Samples.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

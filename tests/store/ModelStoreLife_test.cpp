@@ -2,7 +2,6 @@
 #include <set>
 
 #include "tests/store/Life.h"
-#include "tests/store/ModelStoreTest.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

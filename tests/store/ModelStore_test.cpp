@@ -5,7 +5,7 @@
 
 #include "store/DiskFileStore.h"
 #include "store/VersionTableFile.h"
-#include "tests/store/ModelStoreTest.h"
+#include "tests/store/Samples.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

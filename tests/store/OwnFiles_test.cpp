@@ -5,7 +5,7 @@
 #include "delivery/FileNames.h"
 #include "store/CheckedDocument.h"
 #include "store/VersionIndex.h"
-#include "tests/store/ModelStoreTest.h"
+#include "tests/store/Samples.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {

@@ -1,6 +1,5 @@
 // Stores in a child process, which holds their roots until it is killed.
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>

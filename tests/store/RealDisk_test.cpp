@@ -1,7 +1,6 @@
 // Stores on the real disk: planted files, and disks that are full or read-only.
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
