@@ -19,10 +19,6 @@ const auto kEachFault = testing::Values(kNone, EIO, ENOSPC, EDQUOT, kOutOfMemory
 struct CheckedStates {
   std::unordered_set<std::string> seen = {};
   std::uint64_t leftOut = 0;
-
-  ~CheckedStates() {
-    std::cout << seen.size() << " states, " << leftOut << " combinations left out\n";
-  }
 };
 
 /// The life of a store on a simulated disk. Checks every state that a power cut may leave before
@@ -121,6 +117,7 @@ class FaultyLife : public testing::TestWithParam<int> {
       life.live();
       hasStruck = life.hasStruck();
     }
+    std::cout << states.seen.size() << " states, " << states.leftOut << " combinations left out\n";
   }
 };
 
