@@ -1,14 +1,12 @@
-#include <gmock/gmock.h>
-
 #include <atomic>
 #include <cerrno>
 #include <functional>
+#include <future>
 #include <thread>
 
 #include "store/DiskFileStore.h"
 #include "store/FileKey.h"
 #include "tests/store/Samples.h"
-#include "tests/store/SimulatedDisk.h"
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
@@ -27,6 +25,11 @@ class FileStoreTest : public testing::Test {
     store_.reset();
     store_ = DiskFileStore::open(kRoot, 100, disk_.environment());
   }
+  void openOn(const Image& image) {
+    store_.reset();
+    disk_ = SimulatedDisk(image);
+    open();
+  }
   void write(const std::string& key, std::size_t size) {
     put(*store_->write(key), std::string(size, 'x'));
   }
@@ -37,24 +40,12 @@ class FileStoreTest : public testing::Test {
 };
 
 TEST_F(FileStoreTest, takesAnyTextAsAKey) {
-  const std::vector<std::string> keys = {"plain-key_1.bin",
-                                         "a/b",
-                                         "..",
-                                         ".",
-                                         ".hidden",
-                                         "metadata.json",
-                                         "extra",
-                                         "versioned_index",
-                                         "%",
-                                         "%extra",
-                                         "%0041",
-                                         "gr\u00F6\u00DFe",
-                                         "\U0001F600",
-                                         "\xED\xA0\xBD",
-                                         "a:b",
-                                         std::string(1, '\0'),
-                                         " ",
-                                         std::string(kLongestKeyName, 'x')};
+  std::vector<std::string> keys = {
+      "plain-key_1.bin", "a/b", "..",     ".",     ".hidden",         "metadata.json", "extra",
+      "versioned_index", "%",   "%extra", "%0041", "gr\u00F6\u00DFe", "\U0001F600",    " ",
+      "\xED\xA0\xBD",    "a:b", "\n"};
+  keys.emplace_back(1, '\0');
+  keys.emplace_back(kLongestKeyName, 'x');
   for (const std::string& key : keys) {
     write(key, 1);
     EXPECT_TRUE(store_->setExtra(key, {key.begin(), key.end()}));
@@ -86,12 +77,10 @@ TEST_F(FileStoreTest, refusesBadArguments) {
   }
 }
 
-TEST_F(FileStoreTest, evictsWhatWasNotUsedForLongestWhateverClockAndDatesAreLike) {
+TEST_F(FileStoreTest, evictsTheLeastRecentlyUsedWhateverTheClock) {
   for (const std::int64_t granularity : {1, 1'000'000'000}) {
-    store_.reset();
-    disk_ = SimulatedDisk();
+    openOn({});
     disk_.granularity = granularity;
-    open();
     for (const std::string key : {"d", "c", "b", "a"}) {
       write(key, 25);
     }
@@ -124,7 +113,7 @@ TEST_F(FileStoreTest, keepsTheOldEntryUntilTheNewOneIsCommitted) {
   EXPECT_EQ(BytesVector{1}, store_->extra("key"));
 }
 
-TEST_F(FileStoreTest, keepsWhatIsBeingWritten) {
+TEST_F(FileStoreTest, keepsPartsThatAreBeingWritten) {
   const std::string known(40, 'k');
   const auto one = store_->write("one", 40, sha256(known));
   const auto two = store_->write("two", 40, sha256(known));
@@ -139,35 +128,25 @@ TEST_F(FileStoreTest, keepsWhatIsBeingWritten) {
   EXPECT_THAT(store_->keys(), UnorderedElementsAre("one", "two"));
 }
 
-TEST_F(FileStoreTest, checksWhatAnEarlierProcessLeft) {
+TEST_F(FileStoreTest, resumesPartsOfKnownContentThatAreIntact) {
   const std::string right(40, 'k'), wrong(40, 'w'), part = ".resume-" + sha256(right);
   const std::pair<std::string, std::int64_t> cases[] = {
       {right, 40}, {wrong, 0}, {right + right, 0}, {right.substr(20), 0}};
   for (const auto& [left, offset] : cases) {
-    store_.reset();
-    disk_ = SimulatedDisk(Image{std::pair(part, left)});
-    open();
+    openOn({{part, left}});
     left.size() == 20 ? disk_.failOnce("read", part, EIO) : void();
-    auto out = store_->write("key", 40, sha256(right));
-    EXPECT_EQ(offset, out->offset());
-    out->restart();
-    EXPECT_EQ(Reason::WrongContent, reasonOf([&] { put(*out, wrong); }));
-    out = store_->write("key", 40, sha256(right));
+    EXPECT_EQ(offset, store_->write("key", 40, sha256(right))->offset());
     disk_.failOnce("sync", part, EIO);
-    EXPECT_EQ(Reason::Io, reasonOf([&] { put(*out, right); }));
-    EXPECT_EQ(0, store_->write("key", 40, sha256(right))->offset()) << "nobody knows what lasts";
+    EXPECT_EQ(Reason::Io, reasonOf([&] { put(*store_->write("key", 40, sha256(right)), right); }));
+    EXPECT_EQ(0, store_->write("key", 40, sha256(right))->offset()) << "it may not be durable";
   }
 }
 
-TEST_F(FileStoreTest, countsAndClearsWhatOthersPutThere) {
-  store_.reset();
-  disk_ = SimulatedDisk({{"dir/sub/file", std::string(40, 'x')},
-                         {"dir/", ""},
-                         {"dir/sub/", ""},
-                         {"un%named", "12345"},
-                         {".hidden", "kept"},
-                         {"metadata.json", "kept"}});
-  open();
+TEST_F(FileStoreTest, countsAndClearsFilesOfOthers) {
+  openOn({{"dir/sub/file", std::string(40, 'x')},
+          {"un%named", "12345"},
+          {".hidden", "kept"},
+          {"metadata.json", "kept"}});
   EXPECT_EQ(45, store_->size());
   EXPECT_THAT(store_->keys(), ElementsAre("dir"));
   write("dir", 100);
@@ -179,59 +158,43 @@ TEST_F(FileStoreTest, countsAndClearsWhatOthersPutThere) {
   EXPECT_EQ(0u, left.count("dir") + left.count("new"));
 }
 
-TEST_F(FileStoreTest, fetchesWhatIsNotThereInThatSize) {
-  write("key", 1);
+TEST_F(FileStoreTest, fetchesAMissingEntryOnce) {
+  write("key", 1);  // Of another size than is asked for.
   int fetches = 0;
-  for (int i = 0; i < 2; ++i) {
-    const std::string path =
-        store_->getOrFetch("key", 3, sha256("abc"), [&fetches](EntryWriter& out) {
-          ++fetches;
-          out.write("abc", 3);
-          out.close();   // Which is the store's business,
-          out.commit();  // as is this.
-        });
-    EXPECT_EQ("/root/key", path);
-  }
+  const auto fetch = [&fetches](EntryWriter& out) {
+    ++fetches;
+    put(out, "abc");
+  };
+  EXPECT_EQ("/root/key", store_->getOrFetch("key", 3, sha256("abc"), fetch));
+  EXPECT_EQ("/root/key", store_->getOrFetch("key", 3, sha256("abc"), fetch));
   EXPECT_EQ(1, fetches);
   EXPECT_EQ("abc", disk_.now()["key"]);
 }
 
-TEST_F(FileStoreTest, throwsWhatAFetchThrowsAndKeepsNothingOfIt) {
+TEST_F(FileStoreTest, keepsNothingOfAFetchThatThrows) {
   const auto failing = [](EntryWriter& out) {
-    out.write("1", 1);
-    out.commit();
-    throw std::domain_error("as it is");
+    put(out, "1");
+    throw std::domain_error("of the host");
   };
   EXPECT_THROW(store_->getOrFetch("key", failing), std::domain_error);
   EXPECT_EQ(std::nullopt, store_->get("key"));
   const auto nested = [&](EntryWriter&) { store_->getOrFetch("key", failing); };
-  EXPECT_THROW(store_->getOrFetch("key", nested), UsageError);
-  store_->getOrFetch("key", [](EntryWriter&) {});
+  EXPECT_THROW(store_->getOrFetch("key", nested), UsageError) << "it would wait for itself";
 }
 
-TEST_F(FileStoreTest, refusesFetchesThatWaitForEachOther) {
-  std::atomic<int> inside{0}, refused{0};
+TEST_F(FileStoreTest, refusesFetchesThatWouldWaitForEachOther) {
+  std::atomic<int> inside{0};
   const auto cross = [&](const std::string& own, const std::string& other) {
-    try {
-      store_->getOrFetch(own, [&](EntryWriter&) {
-        for (++inside; inside < 2;) {
-          std::this_thread::yield();
-        }
-        store_->getOrFetch(other, [](EntryWriter&) {});
-      });
-    } catch (const UsageError&) {
-      ++refused;
-    }
+    store_->getOrFetch(own, [&](EntryWriter&) {
+      for (++inside; inside < 2;) {
+        std::this_thread::yield();
+      }
+      store_->getOrFetch(other, [](EntryWriter&) {});
+    });
   };
-  std::thread thread(cross, "x", "y");
-  cross("y", "x");
-  thread.join();
-  EXPECT_EQ(2, refused) << "one is refused, and the other waits for it";
-}
-
-TEST_F(FileStoreTest, tellsThatItsRootIsGone) {
-  disk_.isDeleted = true;
-  EXPECT_EQ(Reason::Io, reasonOf([&] { store_->get("key"); }));
+  auto thread = std::async(std::launch::async, cross, "x", "y");
+  EXPECT_THROW(cross("y", "x"), UsageError);
+  EXPECT_THROW(thread.get(), UsageError) << "one is refused; the other, which waits for it, fails";
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
 #include <iostream>
 #include <new>
@@ -9,28 +7,25 @@
 #include <unordered_set>
 
 #include "tests/store/Samples.h"
-#include "tests/store/SimulatedDisk.h"
 
 namespace zentrel::vistabase::ardelivery {
 
-/// What strikes a life: one call of the disk fails, or, with Death, all from that one on.
-enum class Fault { None, Eio, Enospc, Edquot, Memory, Death };
+/// What happens to a call of the disk: it fails with an errno or for lack of memory; or the process
+/// ends there, so that all later calls fail too.
+enum Fault { kNone = 0, kOutOfMemory = -1, kDeath = -2 };
+const auto kEachFault = testing::Values(kNone, EIO, ENOSPC, EDQUOT, kOutOfMemory, kDeath);
 
-/// The states that power cuts left. Each is checked once for each expectation.
+/// The disk states that power cuts left. Each is checked once for each expectation.
 struct CheckedStates {
   std::unordered_set<std::string> seen = {};
   std::uint64_t leftOut = 0;
-
-  ~CheckedStates() {
-    std::cout << seen.size() << " states, " << leftOut << " combinations left out\n";
-  }
 };
 
-/// The life of a store on a simulated disk: whatever a power cut may leave at any of its steps is
-/// checked, and what becomes of it when a call fails.
+/// The life of a store on a simulated disk. Checks every state that a power cut may leave before
+/// any of its changes, and how the store behaves after a call of the disk has failed.
 class Life {
  public:
-  Life(const Image& image, Fault fault, int call, CheckedStates& states)
+  Life(const Image& image, int fault, int call, CheckedStates& states)
       : disk_(image), fault_(fault), left_(call), states_(states) {
     disk_.hook = [this](std::string_view each, const std::string& name) {
       const bool isChange =
@@ -49,69 +44,68 @@ class Life {
   bool hasStruck() const { return left_ <= 0; }
 
  protected:
-  /// What the check depends on, in words.
+  /// All that `check` depends on, as text.
   virtual std::string expectation() const = 0;
-  /// That a store of the disk that a power cut left keeps the promises that were made.
+  /// Checks that a store opened on what a power cut left keeps every promise made before it.
   virtual void check(SimulatedDisk& disk) const = 0;
+  /// Called when a read fails: the store may fetch again what it cannot read.
   virtual void forgetWhatIsUnreadable() {}
 
-  /// Takes a step. False if it was struck.
+  /// Takes a step. Returns false if it failed.
   template <class Step>
   static bool survives(const Step& step) {
     try {
       return step(), true;
     } catch (const StoreError&) {
-    } catch (const std::logic_error&) {  // Of wrong use or arguments.
+    } catch (const std::logic_error&) {  // An earlier step has failed.
     } catch (const std::bad_alloc&) {
     }
     return false;
   }
 
   void cutPower() {
-    if (fault_ != Fault::None && !hasStruck()) {
-      return;  // The life without a fault has all that comes before it.
+    if (fault_ != kNone && !hasStruck()) {
+      return;  // The life without a fault has checked all states up to here.
     }
     const std::string expected = expectation();
-    // Of many changes, every subset takes too long once for each fault.
-    states_.leftOut +=
-        disk_.forEachPowerCut(fault_ == Fault::None ? 8 : 4, [&](const Image& image) {
-          std::string text;
-          for (const auto& [path, bytes] : image) {
-            text += path + '\n' + bytes + '\n';
-          }
-          if (!testing::Test::HasFailure() && states_.seen.insert(text + expected).second) {
-            SCOPED_TRACE(text);
-            SimulatedDisk disk(image);
-            check(disk);
-          }
-        });
+    // With more changes, trying every subset for every fault takes too long.
+    states_.leftOut += disk_.forEachPowerCut(fault_ == kNone ? 8 : 4, [&](const Image& image) {
+      std::string text;
+      for (const auto& [path, bytes] : image) {
+        text += path + '\n' + bytes + '\n';
+      }
+      if (!testing::Test::HasFailure() && states_.seen.insert(text + expected).second) {
+        SCOPED_TRACE(text);
+        SimulatedDisk disk(image);
+        check(disk);
+      }
+    });
   }
 
   SimulatedDisk disk_;
-  const Fault fault_;
+  const int fault_;
 
  private:
   void strike(const std::string& name, bool isChange) {
-    if (fault_ == Fault::None || --left_ > 0 || (left_ < 0 && fault_ != Fault::Death)) {
+    if (fault_ == kNone || --left_ > 0 || (left_ < 0 && fault_ != kDeath)) {
       return;
     }
-    if (fault_ == Fault::Memory || fault_ == Fault::Death) {
+    if (fault_ < 0) {
       throw std::bad_alloc();
     }
     if (!isChange) {
       forgetWhatIsUnreadable();
     }
-    const int error = fault_ == Fault::Eio ? EIO : fault_ == Fault::Enospc ? ENOSPC : EDQUOT;
-    throw StoreError::ofSystem("simulate", name, error, true);
+    throw StoreError::ofSystem("simulate", name, fault_, true);
   }
 
   int left_;
   CheckedStates& states_;
 };
 
-class FaultyLife : public testing::TestWithParam<Fault> {
+class FaultyLife : public testing::TestWithParam<int> {
  protected:
-  /// Lives again and again, with the fault in each call of the disk.
+  /// Repeats the life with the fault in each call of the disk.
   template <class Kind>
   void liveWithEachFault(const Image& image) {
     const samples::SoftErrors softErrors;
@@ -123,6 +117,7 @@ class FaultyLife : public testing::TestWithParam<Fault> {
       life.live();
       hasStruck = life.hasStruck();
     }
+    std::cout << states.seen.size() << " states, " << states.leftOut << " combinations left out\n";
   }
 };
 

@@ -1,7 +1,6 @@
 #include <optional>
 #include <set>
 
-#include "store/DiskModelStore.h"
 #include "tests/store/Life.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -9,22 +8,18 @@ namespace {
 
 using namespace samples;
 
-std::unique_ptr<ModelStore> openStore(SimulatedDisk& disk) {
-  return DiskModelStore::open(kRoot, kCapability, kTwoVersions, disk.environment());
-}
-
 class ModelStoreLife final : public Life {
  public:
   using Life::Life;
 
-  /// Opens, updates with a retry, goes back and forth, trims, takes what lies there, and closes.
+  /// Opens, updates with a retry, rolls back, trims, verifies, adopts raw files, and closes.
   void live() override {
-    survives([&] {  // Nobody has synced it.
+    survives([&] {  // A raw file that was never synced.
       const std::string raw = bytesOf(kCapability.types()[0], 3);
       disk_.environment().openRoot(kRoot)->create("raw")->append(raw.data(), raw.size());
     });
     std::unique_ptr<ModelStore> store;
-    if (!survives([&] { store = openStore(disk_); })) {
+    if (!survives([&] { store = openModels(disk_); })) {
       return;
     }
     const auto stay = [&](const auto& call) {
@@ -60,52 +55,39 @@ class ModelStoreLife final : public Life {
   }
 
  private:
-  /// Half of a file at first, the rest later.
+  /// Writes a file; of the second type, only half at first.
   void write(Update& update, const ModelFile& file, bool isRetry) {
-    const auto missing = update.missing();
-    if (std::find(missing.begin(), missing.end(), file) == missing.end()) {
-      return;
-    }
-    const auto out = update.write(file);
-    std::string rest = bytesOf(file.type(), 3).substr(static_cast<std::size_t>(out->offset()));
+    const auto out = update.write(file);  // Refused if the file is not missing.
     if (!isRetry && file.type() == kCapability.types()[1]) {
-      out->write(rest.data(), rest.size() / 2);
-      return;
+      out->write(bytesOf(file.type(), 3).data(), kSize / 2);
+    } else {
+      put(*out, bytesOf(file.type(), 3));
+      committed_.insert(file.sha256());
     }
-    put(*out, rest);
-    committed_.insert(file.sha256());
   }
 
-  /// Whatever happened: the next store of the root tells the same as this one.
+  /// Whatever has failed, the store and the next one on its root agree.
   void agree(ModelStore& store) {
     std::shared_ptr<const Snapshot> told;
-    if (!hasStruck() || fault_ == Fault::Death || testing::Test::HasFailure() ||
+    if (!hasStruck() || fault_ == kDeath || testing::Test::HasFailure() ||
         !survives([&] { told = store.snapshot(); })) {
       return;
     }
     SimulatedDisk disk(disk_.now());
-    const auto next = openStore(disk)->snapshot();
+    const auto next = openModels(disk)->snapshot();
     EXPECT_EQ(told->active, next->active);
     EXPECT_EQ(told->versions, next->versions);
     EXPECT_EQ(1u, may_.count(told->active));
   }
 
-  /// What cannot be read is got again.
   void forgetWhatIsUnreadable() override { committed_.clear(); }
 
   std::string expectation() const override {
-    std::string text;
-    for (const auto& version : may_) {
-      text += std::to_string(version.value_or(0)) + ' ';
-    }
-    for (const std::string& digest : committed_) {
-      text += digest;
-    }
-    return text;
+    return testing::PrintToString(std::pair(may_, committed_));
   }
 
   void check(SimulatedDisk& disk) const override {
-    const auto store = openStore(disk);
+    const auto store = openModels(disk);
     const auto left = store->snapshot();
     EXPECT_EQ(1u, may_.count(left->active)) << left->active.value_or(0);
     Image now = disk.now();
@@ -123,31 +105,18 @@ class ModelStoreLife final : public Life {
     EXPECT_TRUE(store->verify().empty());
   }
 
-  std::set<std::optional<int>> may_{2};  // Be active.
-  std::set<std::string> committed_;      // Digests of files that no update is to list as missing.
+  std::set<std::optional<int>> may_{2};  // Versions that may be active.
+  std::set<std::string> committed_;      // Digests of files that no update may list as missing.
 };
 
-/// A root in which version 2 is active and 1 is complete, and that has a file of version 4.
-Image filledRoot() {
-  SimulatedDisk disk;
-  const auto store = openStore(disk);
-  update(*store, 1);
-  update(*store, 2);
-  store->close();
-  Image image = disk.now();
-  image["a%/b"] = bytesOf(kCapability.types()[1], 4);
-  image["a%/"] = image["extra/"] = "";
-  image["extra/raw"] = "of the raw file";
-  return image;
-}
-
 using FaultyModelStoreLife = FaultyLife;
-INSTANTIATE_TEST_SUITE_P(, FaultyModelStoreLife,
-                         testing::Values(Fault::None, Fault::Eio, Fault::Enospc, Fault::Edquot,
-                                         Fault::Memory, Fault::Death));
+INSTANTIATE_TEST_SUITE_P(, FaultyModelStoreLife, kEachFault);
 
-TEST_P(FaultyModelStoreLife, keepsTheActiveVersionAndWhatWasCommitted) {
-  liveWithEachFault<ModelStoreLife>(filledRoot());
+TEST_P(FaultyModelStoreLife, keepsTheActiveVersionAndCommittedFiles) {
+  Image image = rootWithTwoVersions();
+  image["a%/b"] = bytesOf(kCapability.types()[1], 4);
+  image["extra/raw"] = "of the raw file";
+  liveWithEachFault<ModelStoreLife>(image);
 }
 
 }  // namespace

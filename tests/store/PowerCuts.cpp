@@ -1,4 +1,4 @@
-// What lies on a SimulatedDisk, now and after a power cut.
+// The unsynced changes of a SimulatedDisk, and what a power cut may leave of them.
 
 #include <algorithm>
 
@@ -8,20 +8,38 @@ namespace zentrel::vistabase::ardelivery {
 namespace {
 
 using Node = SimulatedDisk::Node;
+using NodePtr = SimulatedDisk::NodePtr;
 using Names = SimulatedDisk::Names;
+using Change = SimulatedDisk::Change;
 
-/// Of a change of names, whether it is done, and of written bytes, what is left of them.
+/// What a power cut does to a change. Only writes can be torn.
 enum Choice { kDone, kLost, kTorn };
 
-template <class NamesOf, class BytesOf>
+/// Applies a change of names to the states of its directories that `namesOf` returns.
+template <class NamesOf>
+void apply(const Change& change, const NamesOf& namesOf) {
+  if (change.from) {
+    Names& names = namesOf(*change.from);
+    const auto found = names.find(change.fromName);
+    if (found != names.end() && found->second == change.node) {
+      names.erase(found);
+    }
+  }
+  if (change.to) {
+    namesOf(*change.to)[change.toName] = change.node;
+  }
+}
+
+/// Adds what is in a directory, with the bytes given for a file or else its own.
+template <class NamesOf>
 void add(Image& image, const std::string& path, const Node& directory, const NamesOf& namesOf,
-         const BytesOf& bytesOf) {
-  for (const auto& [name, inside] : namesOf(directory)) {
-    if (inside->isDirectory) {
+         const std::map<const Node*, std::string>& bytes) {
+  for (const auto& [name, node] : namesOf(directory)) {
+    if (node->isDirectory) {
       image[path + name + '/'];
-      add(image, path + name + '/', *inside, namesOf, bytesOf);
+      add(image, path + name + '/', *node, namesOf, bytes);
     } else {
-      image[path + name] = bytesOf(*inside);
+      image[path + name] = bytes.count(node.get()) != 0 ? bytes.at(node.get()) : node->bytes;
     }
   }
 }
@@ -35,43 +53,56 @@ std::string torn(const std::string& bytes, const std::string& synced, bool isCut
 
 }  // namespace
 
-Image SimulatedDisk::now() const {
-  Image image;
-  add(
-      image, "", *root_, [](const Node& node) { return node.names; },
-      [](const Node& node) { return node.bytes; });
-  return image;
+void SimulatedDisk::changeNames(const Change& change) {
+  apply(change, [](Node& directory) -> Names& { return directory.names; });
+  change.node->changed = ++clock_;
+  pending_.push_back(change);
+}
+
+void SimulatedDisk::noteWrite(const NodePtr& node) {
+  node->modified = node->changed = ++clock_;
+  const auto isKnown = [&node](const Change& each) { return each.isWrite() && each.node == node; };
+  if (std::none_of(pending_.begin(), pending_.end(), isKnown)) {
+    pending_.push_back({node});
+  }
+}
+
+void SimulatedDisk::sync(const NodePtr& node) {
+  node->syncedBytes = node->bytes;
+  std::vector<Change> rest;
+  for (const Change& each : pending_) {
+    if ((each.isWrite() ? each.node : each.to ? each.to : each.from) == node) {
+      apply(each, [](Node& directory) -> Names& { return directory.syncedNames; });
+    } else {
+      rest.push_back(each);
+    }
+  }
+  pending_ = std::move(rest);
 }
 
 Image SimulatedDisk::imageAfter(const std::vector<int>& choices) const {
   std::map<const Node*, Names> names;
   std::map<const Node*, std::string> bytes;
   const auto namesOf = [&names](const Node& node) -> Names& {
-    return names.emplace(&node, node.syncedNames).first->second;
+    return names.try_emplace(&node, node.syncedNames).first->second;
   };
   for (std::size_t i = 0; i < pending_.size(); ++i) {
-    const auto& [node, from, fromName, to, toName] = pending_[i];
-    if (pending_[i].isWrite()) {
-      bytes[node.get()] = choices[i] == kDone   ? node->bytes
-                          : choices[i] == kLost ? node->syncedBytes
-                                                : torn(node->bytes, node->syncedBytes, i % 2 == 0);
-    } else if (choices[i] == kDone) {
-      if (from) {
-        const auto found = namesOf(*from).find(fromName);
-        if (found != namesOf(*from).end() && found->second == node) {
-          namesOf(*from).erase(found);
-        }
-      }
-      if (to) {
-        namesOf(*to)[toName] = node;
-      }
+    const Node& node = *pending_[i].node;
+    if (!pending_[i].isWrite()) {
+      choices[i] == kDone ? apply(pending_[i], namesOf) : void();
+    } else if (choices[i] != kDone) {
+      bytes[&node] =
+          choices[i] == kLost ? node.syncedBytes : torn(node.bytes, node.syncedBytes, i % 2 == 0);
     }
   }
   Image image;
-  add(image, "", *root_, namesOf, [&bytes](const Node& node) {
-    const auto found = bytes.find(&node);
-    return found == bytes.end() ? node.bytes : found->second;
-  });
+  add(image, "", *root_, namesOf, bytes);
+  return image;
+}
+
+Image SimulatedDisk::now() const {
+  Image image;
+  add(image, "", *root_, [](const Node& directory) { return directory.names; }, {});
   return image;
 }
 

@@ -1,6 +1,5 @@
-// Stores in a process of their own, which has the root until it is killed.
+// Stores in a child process, which holds their roots until it is killed.
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,11 +19,6 @@ using namespace samples;
 constexpr int kKills = 10;
 constexpr int kKeys = 3;
 
-struct Progress {
-  int generation = 0;
-  bool isDone = false;
-};
-
 std::string keyOf(int generation) {
   return "key" + std::to_string(generation % kKeys);
 }
@@ -33,7 +27,7 @@ std::string contentOf(int generation) {
   return std::to_string(generation) + std::string(static_cast<std::size_t>(generation), 'x');
 }
 
-/// Updates models, a file and an entry of a raw cache, over and over, until killed.
+/// A process that writes a version, an entry and a raw entry of each generation, until killed.
 class Child {
  public:
   Child(const TemporaryDirectory& root, int generation) {
@@ -55,8 +49,8 @@ class Child {
     ::close(channel_[0]);
   }
 
-  /// What it is about to do, and has done. False once it is dead and all has been told.
-  bool hear(Progress& progress) const {
+  /// Reads twice the generation that it begins, plus one when done. Returns false once it is dead.
+  bool hear(int& progress) const {
     return ::read(channel_[0], &progress, sizeof progress) == sizeof progress;
   }
 
@@ -68,17 +62,17 @@ class Child {
     const auto models = ModelStore::open(root / "models", kCapability, kTwoVersions);
     const auto files = FileStore::open(root / "files", 1 << 20);
     const auto raw = createFileCache(root / "raw", 1 << 20);
-    const auto tell = [this](Progress progress) {
+    const auto tell = [this](int progress) {
       return ::write(channel_[1], &progress, sizeof progress);
     };
     for (;; ++generation) {
-      tell({generation, false});
+      tell(2 * generation);
       put(*files->write(keyOf(generation)), contentOf(generation));
       raw->insertAndLock(keyOf(generation));
       root.write("raw/" + keyOf(generation), contentOf(generation));
       raw->commit(keyOf(generation));
       update(*models, generation);
-      tell({generation, true});
+      tell(2 * generation + 1);
     }
   }
 
@@ -91,18 +85,18 @@ TEST(Processes, loseNothingThatWasCommittedWhenTheyAreKilled) {
   const unsigned seed = givenOrNewSeed();
   SCOPED_TRACE("MODELCACHE_SEED=" + std::to_string(seed));
   std::mt19937 random(seed);
-  Progress last{0, true};
+  int progress = 1;
   for (int kill = 0; kill < kKills && !HasFailure(); ++kill) {
     {
-      const Child child(root, last.isDone ? last.generation + 1 : last.generation);
-      for (std::size_t told = random() % 8 + 2; told > 0 && child.hear(last); --told) {
+      const Child child(root, (progress + 1) / 2);
+      for (std::size_t told = random() % 8 + 2; told > 0 && child.hear(progress); --told) {
       }
       ::usleep(static_cast<useconds_t>(random() % 3000));
       ::kill(child.process, SIGKILL);
-      while (child.hear(last)) {
+      while (child.hear(progress)) {
       }
     }
-    const int begun = last.generation, done = last.isDone ? begun : begun - 1;
+    const int begun = progress / 2, done = (progress - 1) / 2;
     const auto models = ModelStore::open(root / "models", kCapability, kTwoVersions);
     const int active = models->snapshot()->active.value_or(0);
     EXPECT_TRUE(active == begun || active == done) << active << " of " << begun;
@@ -121,30 +115,24 @@ TEST(Processes, loseNothingThatWasCommittedWhenTheyAreKilled) {
 
 TEST(Processes, areToldWhoHasTheRoot) {
   const TemporaryDirectory root;
-  const auto open = [&] { return ModelStore::open(root / "models", kCapability, kTwoVersions); };
-  const auto refusal = [&] {
+  const auto expectRefusal = [&](const std::string& holder) {
     const auto descriptors = [] {
       return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
     };
     const auto before = descriptors();
-    try {
-      open();
-    } catch (const StoreError& error) {
-      EXPECT_EQ(StoreError::Reason::InUse, error.reason());
-      EXPECT_EQ(before, descriptors());
-      return std::string(error.what());
-    }
-    return std::string();
+    const StoreError error = errorOf([&] { FileStore::open(root / "files", 1); });
+    EXPECT_EQ(before, descriptors());
+    EXPECT_EQ(StoreError::Reason::InUse, error.reason());
+    EXPECT_THAT(error.what(), testing::HasSubstr(holder));
   };
   {
     const Child child(root, 1);
-    Progress progress;
+    int progress = 0;
     child.hear(progress);
-    EXPECT_THAT(refusal(),
-                testing::HasSubstr("the process " + std::to_string(child.process) + " ("));
+    expectRefusal("the process " + std::to_string(child.process) + " (");
   }
-  const auto store = open();
-  EXPECT_THAT(refusal(), testing::HasSubstr("this process already, opened by the thread"));
+  const auto store = FileStore::open(root / "files", 1);
+  expectRefusal("this process already, opened by the thread");
 }
 
 }  // namespace

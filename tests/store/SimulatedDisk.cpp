@@ -1,7 +1,6 @@
 #include "tests/store/SimulatedDisk.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -12,7 +11,7 @@ namespace zentrel::vistabase::ardelivery {
 namespace {
 
 using Node = SimulatedDisk::Node;
-using NodePtr = std::shared_ptr<Node>;
+using NodePtr = SimulatedDisk::NodePtr;
 
 [[noreturn]] void fail(const std::string& name, int error) {
   throw StoreError::ofSystem("simulate", name, error, true);
@@ -44,7 +43,7 @@ class SimulatedFile final : public IFile {
   }
   void sync() override {
     disk_.hook("sync", name_);
-    disk_.syncFile(node_);
+    disk_.sync(node_);
   }
   FileStatus status() override { return disk_.statusOf(*node_); }
 
@@ -60,16 +59,14 @@ class SimulatedDirectory final : public IDirectory {
   SimulatedDirectory(SimulatedDisk& disk, NodePtr node) : disk_(disk), node_(std::move(node)) {}
 
   std::unique_ptr<IFile> openForReading(const std::string& name) override {
-    disk_.hook("openForReading", name);
-    return std::make_unique<SimulatedFile>(disk_, find(name), name);
+    return std::make_unique<SimulatedFile>(disk_, existing("openForReading", name), name);
   }
   std::unique_ptr<IFile> openForAppending(const std::string& name) override {
-    disk_.hook("openForAppending", name);
-    return std::make_unique<SimulatedFile>(disk_, find(name), name);
+    return std::make_unique<SimulatedFile>(disk_, existing("openForAppending", name), name);
   }
   std::unique_ptr<IFile> create(const std::string& name) override {
     disk_.hook("create", name);
-    if (node_->names.count(name) != 0) {
+    if (find(name)) {
       fail(name, EEXIST);
     }
     const NodePtr node = disk_.newNode(false);
@@ -77,8 +74,7 @@ class SimulatedDirectory final : public IDirectory {
     return std::make_unique<SimulatedFile>(disk_, node, name);
   }
   std::unique_ptr<IDirectory> openDirectory(const std::string& name) override {
-    disk_.hook("openDirectory", name);
-    const NodePtr node = find(name);
+    const NodePtr node = existing("openDirectory", name);
     if (!node->isDirectory) {
       fail(name, ENOTDIR);
     }
@@ -91,43 +87,34 @@ class SimulatedDirectory final : public IDirectory {
   void rename(const std::string& from, IDirectory& toDirectory, const std::string& to) override {
     disk_.hook("rename", to);
     const NodePtr& target = static_cast<SimulatedDirectory&>(toDirectory).node_;
-    const auto existing = target->names.find(to);
-    if (existing != target->names.end() && existing->second->isDirectory) {
+    if (target->names.count(to) != 0 && target->names[to]->isDirectory) {
       fail(to, EISDIR);
     }
-    disk_.changeNames({find(from), node_, from, target, to});
+    const NodePtr node = find(from);
+    node ? disk_.changeNames({node, node_, from, target, to}) : fail(from, ENOENT);
   }
   bool remove(const std::string& name) override {
     disk_.hook("remove", name);
-    const auto found = node_->names.find(name);
-    if (found == node_->names.end()) {
-      return false;
-    }
-    disk_.changeNames({found->second, node_, name, {}, {}});
-    return true;
+    const NodePtr node = find(name);
+    node ? disk_.changeNames({node, node_, name}) : void();
+    return node != nullptr;
   }
   void removeDirectory(const std::string& name) override {
-    disk_.hook("removeDirectory", name);
-    disk_.changeNames({find(name), node_, name, {}, {}});
+    disk_.changeNames({existing("removeDirectory", name), node_, name});
   }
   void touch(const std::string& name, std::int64_t modified) override {
-    disk_.hook("touch", name);
-    find(name)->modified = modified - modified % disk_.granularity;
+    existing("touch", name)->modified = modified - modified % disk_.granularity;
   }
   void sync() override {
     disk_.hook("syncDirectory", "");
-    disk_.syncDirectory(node_);
+    disk_.sync(node_);
   }
   FileStatus status(const std::string& name) override {
     disk_.hook("status", name);
-    const auto found = node_->names.find(name);
-    return found == node_->names.end() ? FileStatus() : disk_.statusOf(*found->second);
+    const NodePtr node = find(name);
+    return node ? disk_.statusOf(*node) : FileStatus();
   }
-  FileStatus status() override {
-    FileStatus status = disk_.statusOf(*node_);
-    status.links = disk_.isDeleted ? 0 : 1;
-    return status;
-  }
+  FileStatus status() override { return disk_.statusOf(*node_); }
   std::vector<std::string> list() override {
     disk_.hook("list", "");
     std::vector<std::string> names;
@@ -141,23 +128,23 @@ class SimulatedDirectory final : public IDirectory {
   void unlock() noexcept override { disk_.isLocked = false; }
 
  private:
-  const NodePtr& find(const std::string& name) const {
+  NodePtr find(const std::string& name) const {
     const auto found = node_->names.find(name);
-    if (found == node_->names.end()) {
-      fail(name, ENOENT);
-    }
-    return found->second;
+    return found == node_->names.end() ? nullptr : found->second;
+  }
+  NodePtr existing(std::string_view call, const std::string& name) const {
+    disk_.hook(call, name);
+    const NodePtr node = find(name);
+    return node ? node : (fail(name, ENOENT), node);
   }
 
   SimulatedDisk& disk_;
   const NodePtr node_;
 };
 
-std::atomic<std::uint64_t> devices{1};
-
 }  // namespace
 
-SimulatedDisk::SimulatedDisk(const Image& image) : device_(devices++), root_(newNode(true)) {
+SimulatedDisk::SimulatedDisk(const Image& image) : root_(newNode(true)) {
   for (const auto& [path, bytes] : image) {
     NodePtr directory = root_;
     std::string rest = path;
@@ -183,75 +170,23 @@ StoreEnvironment SimulatedDisk::environment() {
 void SimulatedDisk::failOnce(const std::string& call, const std::string& name, int error) {
   hook = [=](std::string_view each, const std::string& on) {
     if (each == call && on == name) {
-      const auto failure = StoreError::ofSystem("simulate", name, error, true);
-      hook = [](auto, auto&) {};  // Nothing that was captured is left.
-      throw failure;
+      const std::pair failure(name, error);
+      hook = [](auto, auto&) {};  // Destroys what was captured.
+      fail(failure.first, failure.second);
     }
   };
 }
 
 NodePtr SimulatedDisk::newNode(bool isDirectory) {
-  const auto node = std::make_shared<Node>();
-  node->isDirectory = isDirectory;
-  node->inode = ++inodes_;
-  node->modified = node->changed = ++clock_;
-  return node;
+  ++clock_;
+  return std::make_shared<Node>(Node{isDirectory, clock_, clock_});
 }
 
 FileStatus SimulatedDisk::statusOf(const Node& node) const {
-  FileStatus status;
-  status.kind = node.isDirectory ? FileStatus::Kind::Directory : FileStatus::Kind::Regular;
-  status.size = static_cast<std::int64_t>(node.bytes.size());
-  status.links = 1;
-  status.modified = node.modified;
-  status.changed = node.changed;
-  status.device = device_;
-  status.inode = node.inode;
-  return status;
-}
-
-void SimulatedDisk::changeNames(Change change) {
-  if (change.from) {
-    change.from->names.erase(change.fromName);
-  }
-  if (change.to) {
-    change.to->names[change.toName] = change.node;
-  }
-  change.node->changed = ++clock_;
-  pending_.push_back(std::move(change));
-}
-
-void SimulatedDisk::noteWrite(const NodePtr& node) {
-  node->modified = node->changed = ++clock_;
-  const auto isKnown = [&node](const Change& each) { return each.isWrite() && each.node == node; };
-  if (std::none_of(pending_.begin(), pending_.end(), isKnown)) {
-    pending_.push_back({node});
-  }
-}
-
-void SimulatedDisk::syncFile(const NodePtr& node) {
-  node->syncedBytes = node->bytes;
-  pending_.erase(
-      std::remove_if(pending_.begin(), pending_.end(),
-                     [&node](const Change& each) { return each.isWrite() && each.node == node; }),
-      pending_.end());
-}
-
-void SimulatedDisk::syncDirectory(const NodePtr& node) {
-  std::vector<Change> rest;
-  for (Change& each : pending_) {
-    if (each.isWrite() || (each.to ? each.to : each.from) != node) {
-      rest.push_back(std::move(each));
-      continue;
-    }
-    if (each.from) {
-      each.from->syncedNames.erase(each.fromName);
-    }
-    if (each.to) {
-      each.to->syncedNames[each.toName] = each.node;
-    }
-  }
-  pending_ = std::move(rest);
+  const auto kind = node.isDirectory ? FileStatus::Kind::Directory : FileStatus::Kind::Regular;
+  const auto size = static_cast<std::int64_t>(node.bytes.size());
+  const auto inode = reinterpret_cast<std::uintptr_t>(&node);
+  return {kind, size, 1, node.modified, node.changed, 1, inode};
 }
 
 }  // namespace zentrel::vistabase::ardelivery
