@@ -17,21 +17,20 @@ using Entries = std::vector<std::pair<std::string, CacheMetadataEntry>>;
 constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
 
-TEST(CacheMetadata, locksWithoutRefreshing) {
-  CacheMetadata metadata(Entries{{"a", {5, 1, false}}});
-  metadata.lockEntry("a");
-  const auto entry = metadata.getEntries().at(0).second;
-  EXPECT_EQ(std::make_tuple(5, 1, true),
-            std::make_tuple(entry.size, entry.lastAccess, entry.locked));
-  metadata.removeEntry("a");
-  metadata.lockEntry("b");
-  EXPECT_TRUE(metadata.getEntries().at(0).second.locked);
-  EXPECT_GT(metadata.getEntries().at(0).second.lastAccess, 1'600'000'000'000);
-  metadata.unlockEntry("b");
-  EXPECT_FALSE(metadata.getEntries().at(0).second.locked);
+TEST(CacheMetadata, lockingDatesOnlyNewEntries) {
+  CacheMetadata metadata(Entries{{"old", {5, 1, false}}});
+  const auto entry = [&] { return metadata.getEntries().at(0).second; };
+  metadata.lockEntry("old");
+  EXPECT_EQ(std::tuple(5, 1, true), std::tuple(entry().size, entry().lastAccess, entry().locked));
+  metadata.removeEntry("old");
+  metadata.lockEntry("new");
+  EXPECT_TRUE(entry().locked);
+  EXPECT_GT(entry().lastAccess, 1'600'000'000'000);
+  metadata.unlockEntry("new");
+  EXPECT_FALSE(entry().locked);
 }
 
-TEST(CacheMetadata, countsRepeatedNamesInAWrappingTotalButKeepsTheFirst) {
+TEST(CacheMetadata, keepsTheFirstOfRepeatedNamesButCountsAllInAWrappingTotal) {
   CacheMetadata metadata(Entries{{"a", {kMax, 1, false}}, {"a", {7, 2, false}}});
   EXPECT_EQ(kMin + 6, metadata.getTotalSize());
   metadata.setEntrySize("a", kMin);
@@ -39,9 +38,9 @@ TEST(CacheMetadata, countsRepeatedNamesInAWrappingTotalButKeepsTheFirst) {
   EXPECT_EQ(7, metadata.getTotalSize());
 }
 
-/// What a replacement of CacheMetadata may be like: no more than its records.
-struct OtherMetadata : ICacheMetadata {
-  explicit OtherMetadata(std::function<Entries()> records) : getRecords(std::move(records)) {}
+/// Another implementation, whose records cannot be read.
+struct UnreadableMetadata : ICacheMetadata {
+  explicit UnreadableMetadata(std::function<void()> thrower) : fail(std::move(thrower)) {}
   std::int64_t getTotalSize() const override { return 0; }
   void lockEntry(const std::string&) override {}
   void unlockEntry(const std::string&) override {}
@@ -50,21 +49,20 @@ struct OtherMetadata : ICacheMetadata {
   bool hasEntry(const std::string&) const override { return true; }
   void removeEntry(const std::string&) override {}
   void clearEntries() override {}
-  Entries getEntries() const override { return getRecords(); }
-  std::function<Entries()> getRecords;
+  Entries getEntries() const override { return fail(), Entries(); }
+  std::function<void()> fail;
 };
 
-TEST(CacheMetadataSerializer, tellsWhatAReplacementOfTheMetadataThrew) {
-  const auto errorOfSerializing = [](std::function<Entries()> records) {
-    return errorOf([&] { CacheMetadataSerializer().serialize(OtherMetadata(records)); });
-  };
+TEST(CacheMetadataSerializer, describesWhatAnotherImplementationOfMetadataThrows) {
+  CacheMetadataSerializer serializer;
+  const UnreadableMetadata known([] { throw std::runtime_error("x"); }), unknown([] { throw 1; });
   EXPECT_EQ("Serializing the cache metadata failed with exception: x",
-            errorOfSerializing([]() -> Entries { throw std::runtime_error("x"); }));
+            errorOf([&] { serializer.serialize(known); }));
   EXPECT_EQ("Serializing the cache descriptor failed",
-            errorOfSerializing([]() -> Entries { throw 1; }));
+            errorOf([&] { serializer.serialize(unknown); }));
 }
 
-TEST(CacheEvictor, evictsUntilTheRestFitsWhateverTheSizes) {
+TEST(CacheEvictor, evictsLockedEntriesTooUntilTheRestFits) {
   const CacheMetadata metadata(Entries{{"a", {kMin, 1, true}}, {"b", {-1, 2, false}}});
   EXPECT_EQ(std::vector<std::string>{"a"}, CacheEvictor(0).selectKeysToEvict(metadata));
 }

@@ -7,13 +7,11 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// A call of the file cache: the beginning and the end of its signature, the name that its reports
-/// use, and the call itself, which tells whether the result was the neutral one.
+/// An operation of the file cache: the start and the end of its signature, its name in reports, and
+/// a call, which returns whether the result was the neutral one.
 struct FileCacheCall {
   std::string result, signature, label;
   std::function<bool(IFileCache&, const std::string& key)> call;
-
-  bool takesKey() const { return signature.find("string") != std::string::npos; }
 };
 
 inline const FileCacheCall kFileCacheCalls[] = {

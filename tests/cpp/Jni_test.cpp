@@ -19,8 +19,8 @@ extern "C" jint JNI_OnLoad(JavaVM* vm, void* reserved);
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-/// As much of a virtual machine as the library needs to load, fail and own peers. Its references
-/// are numbers, and all objects are alike.
+/// The parts of a virtual machine that the library needs to load, fail and own peers. References
+/// are numbers; all objects are one.
 struct FakeVm {
   static inline FakeVm* current;
   std::map<std::string, std::vector<JNINativeMethod>> registered;  // By class and method.
@@ -86,9 +86,9 @@ struct FakeVm {
   }
 };
 
-TEST(Jni, registersEachMergedLibraryWhoseNativesAreThenRegisteredOnce) {
+TEST(Jni, registersTheNativesOfEachMergedLibraryOnce) {
   FakeVm fake;
-  fake.missingClass = kStoreNativesClass;  // As in an app that was shrunken to the raw classes.
+  fake.missingClass = kStoreNativesClass;  // Stripped from the app.
   EXPECT_EQ(JNI_VERSION_1_6, JNI_OnLoad(&fake.vm, nullptr));
   const auto libraries = std::exchange(fake.registered, {});
   ASSERT_EQ(4u, libraries.size());
@@ -99,7 +99,7 @@ TEST(Jni, registersEachMergedLibraryWhoseNativesAreThenRegisteredOnce) {
     EXPECT_EQ(0, load(&fake.env, nullptr));
     EXPECT_EQ(0, load(&fake.env, nullptr));
   }
-  EXPECT_EQ(7u, fake.found.size()) << "the mapping, five classes that have natives, and no stores";
+  EXPECT_EQ(7u, fake.found.size()) << "the mapping, five classes with natives, and the missing one";
   EXPECT_EQ(0, fake.pending);
   for (const auto& [name, native] : fake.registered) {
     EXPECT_EQ(1u, native.size()) << name;
@@ -107,7 +107,7 @@ TEST(Jni, registersEachMergedLibraryWhoseNativesAreThenRegisteredOnce) {
   softerror::setObserver({});
 }
 
-TEST(Jni, doesNotLoadWithoutWhatLoadingNeeds) {
+TEST(Jni, loadFailsWithoutRegistrationMappingClassOrEnvironment) {
   FakeVm fake;
   fake.registerResult = -3;
   EXPECT_EQ(JNI_ERR, JNI_OnLoad(&fake.vm, nullptr));
@@ -130,7 +130,7 @@ TEST(Jni, mapsNamesAndResults) {
   }
 }
 
-TEST(Jni, leavesAManagedExceptionThatIsPendingAsItIs) {
+TEST(Jni, keepsAPendingManagedException) {
   constexpr ErrorTexts texts{"text: ", "unknown"};
   FakeVm fake;
   fake.missingClass = "a/Missing";
@@ -142,17 +142,17 @@ TEST(Jni, leavesAManagedExceptionThatIsPendingAsItIs) {
     EXPECT_THROW(raiseDescribed(texts, [] { throw 1; }), jni::PendingJavaException);
     EXPECT_EQ(1, fake.pending);
   }
-  EXPECT_EQ(2u, fake.found.size()) << "exceptions' classes are kept";
+  EXPECT_EQ(2u, fake.found.size()) << "exception classes are cached";
   EXPECT_EQ(0, fake.localRefs);
 }
 
-TEST(Jni, givesBackTheElementsOfByteArrays) {
+TEST(Jni, releasesTheElementsOfByteArrays) {
   const FakeVm fake;
   EXPECT_EQ((std::vector<std::uint8_t>{1, 254, 3}), jni::JByteArray::toVector(nullptr));
   EXPECT_EQ(0, fake.pinnedArrays);
 }
 
-TEST(Jni, deletesAPeerOnceNoCallIsInsideIt) {
+TEST(Jni, deletesAPeerOnceNoCallUsesIt) {
   struct Peer : jni::HybridBase {
     explicit Peer(std::atomic<bool>& isAlive) : alive(isAlive) { alive = true; }
     ~Peer() override { alive = false; }
@@ -163,28 +163,23 @@ TEST(Jni, deletesAPeerOnceNoCallIsInsideIt) {
   jni::HybridData::registerNatives();
   const auto deleteNative = reinterpret_cast<void (*)(JNIEnv*, jclass, jlong)>(
       fake.registered["com/zentrel/jni/HybridData$Destructor.deleteNative"].at(0).fnPtr);
-  for (const bool isInside : {false, true}) {
-    jni::HybridData::own(std::make_unique<Peer>(alive));
-    jni::Pinned<Peer> pinned;
-    if (isInside) {
-      pinned = jni::peerOf<Peer>(nullptr);
-    }
-    deleteNative(&fake.env, nullptr, fake.field);
-    EXPECT_EQ(isInside, alive);
-    pinned.reset();
-    EXPECT_FALSE(alive);
-  }
+  jni::HybridData::own(std::make_unique<Peer>(alive));
+  deleteNative(&fake.env, nullptr, fake.field);
+  EXPECT_FALSE(alive);
+
+  jni::HybridData::own(std::make_unique<Peer>(alive));
   std::thread other;
   fake.whileReading = [&] {
     other = std::thread([&] { deleteNative(&fake.env, nullptr, fake.field); });
     for (int i = 0; i < 10'000 && alive; ++i) {
       std::this_thread::yield();
     }
-    EXPECT_TRUE(alive) << "a peer that is found is there";
+    EXPECT_TRUE(alive) << "deleted between being found and being pinned";
   };
-  jni::HybridData::own(std::make_unique<Peer>(alive));
-  jni::peerOf<Peer>(nullptr).reset();
+  auto pinned = jni::peerOf<Peer>(nullptr);
   other.join();
+  EXPECT_TRUE(alive) << "deleted during a call";
+  pinned.reset();
   EXPECT_FALSE(alive);
   EXPECT_EQ(0, fake.localRefs);
 }

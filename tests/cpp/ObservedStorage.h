@@ -11,71 +11,48 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Is told each call of the objects below, before they pass it on to real ones.
-class Observer {
- public:
-  /// Arguments below `root` are noted without it.
-  explicit Observer(std::string root) : root_(std::move(root) + "/") {}
-
-  /// Runs first in each call; what it throws fails the call.
-  std::function<void(const std::string& operation)> hook = [](auto&) {};
-
-  void operator()(const std::string& operation, const std::string& argument) {
-    const bool isBelow = argument.compare(0, root_.size(), root_) == 0;
-    calls_ += (calls_.empty() ? "" : ", ") + operation + " ";
-    calls_ += isBelow ? argument.substr(root_.size()) : argument + "/" == root_ ? "." : argument;
-    hook(operation);
-  }
-  /// The calls since the last time: "isFile metadata.json, listDirectory ."
-  std::string takeCalls() { return std::exchange(calls_, ""); }
-
- private:
-  std::string root_, calls_;
-};
+/// Called with the name of each storage operation before it runs; throwing fails the operation.
+using Hook = std::function<void(const std::string& operation)>;
 
 struct ObservedFilesystem : IFilesystemOperations {
   using Path = boost::filesystem::path;
-  explicit ObservedFilesystem(Observer& observer) : on(observer) {}
-  bool isFile(const Path& path) override { return on("isFile", path.string()), real.isFile(path); }
+  explicit ObservedFilesystem(const Hook& hook) : on(hook) {}
+  bool isFile(const Path& path) override { return on(__func__), real.isFile(path); }
+  bool exists(const Path& path) override { return on(__func__), real.exists(path); }
+  bool remove(const Path& path) override { return on(__func__), real.remove(path); }
+  bool removeAll(const Path& path) override { return on(__func__), real.removeAll(path); }
+  std::uint64_t getSize(const Path& path) override { return on(__func__), real.getSize(path); }
   bool createDirectories(const Path& path) override {
-    return on("createDirectories", path.string()), real.createDirectories(path);
-  }
-  bool exists(const Path& path) override { return on("exists", path.string()), real.exists(path); }
-  bool remove(const Path& path) override { return on("remove", path.string()), real.remove(path); }
-  bool removeAll(const Path& path) override {
-    return on("removeAll", path.string()), real.removeAll(path);
-  }
-  std::uint64_t getSize(const Path& path) override {
-    return on("getSize", path.string()), real.getSize(path);
+    return on(__func__), real.createDirectories(path);
   }
   std::unordered_set<std::string> listDirectory(const Path& path) override {
-    return on("listDirectory", path.string()), real.listDirectory(path);
+    return on(__func__), real.listDirectory(path);
   }
-  Observer& on;
+  const Hook& on;
   FilesystemOperations real;
 };
 
 struct ObservedFileIO : IFileIO {
-  explicit ObservedFileIO(Observer& observer) : on(observer) {}
+  explicit ObservedFileIO(const Hook& hook) : on(hook) {}
   std::string readFile(const std::string& path) override {
-    return on("readFile", path), real.readFile(path);
+    return on(__func__), real.readFile(path);
   }
   void writeFile(const std::string& path, const std::string& content) override {
-    on("writeFile", path), real.writeFile(path, content);
+    on(__func__), real.writeFile(path, content);
   }
   void moveFile(const std::string& from, const std::string& to) override {
-    on("moveFile", from), real.moveFile(from, to);
+    on(__func__), real.moveFile(from, to);
   }
-  Observer& on;
+  const Hook& on;
   FileIO real;
 };
 
 /// The file cache of `createFileCache` without its error logging, on observed storage.
 template <class Cache = FileCacheImpl>
 std::shared_ptr<IFileCache> observedCache(const std::string& root, std::int64_t budget,
-                                          Observer& observer) {
-  const auto filesystem = quovix::make_shared_ref<ObservedFilesystem>(observer);
-  return std::make_shared<Cache>(root, std::make_unique<ObservedFileIO>(observer),
+                                          const Hook& hook) {
+  const auto filesystem = quovix::make_shared_ref<ObservedFilesystem>(hook);
+  return std::make_shared<Cache>(root, std::make_unique<ObservedFileIO>(hook),
                                  std::make_unique<CacheMetadataSerializer>(),
                                  std::make_unique<CacheMetadataFilesystemSynchronizer>(filesystem),
                                  filesystem, std::make_unique<CacheEvictor>(budget));

@@ -1,11 +1,12 @@
-// modelcache_random [STEPS]: random operations on a real root, each compared with a plain model of
-// the contract: result, files, extra bytes and metadata.json; and as many of a FileStore. A failure
-// is told with the seed, which MODELCACHE_SEED replays.
+// modelcache_random [STEPS]: compares random operations on a real root with a simple model:
+// results, files, extra bytes and metadata.json; and as many operations of a FileStore. A failure
+// prints the seed; MODELCACHE_SEED replays it.
 
 #include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <optional>
+#include <tuple>
 
 #include "delivery/FileCache/CacheMetadata.h"
 #include "delivery/FileCache/createFileCache.h"
@@ -25,9 +26,8 @@ constexpr std::int64_t kBudget = 100;
 const std::vector<std::string> kKeys = {"a", "b", "c", "d:", "%e", "\xFFg", "h..i", "dir", ".dot"};
 
 std::int64_t now() {
-  return std::chrono::duration_cast<std::chrono::milliseconds>(
-             std::chrono::system_clock::now().time_since_epoch())
-      .count();
+  const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count();
 }
 
 std::string escaped(const std::string& key) {
@@ -42,15 +42,13 @@ std::int64_t total(const Records& records) {
   return sum;
 }
 
-/// What has to be in the root, in the simplest form that can hold it.
+/// What the root should contain, in the simplest form.
 struct Model {
   Files files;   // "dir" stands for the directory's one file.
   Files extras;  // By the names of their entries.
   std::optional<Records> stored;
 
-  bool operator==(const Model& other) const {
-    return files == other.files && extras == other.extras && stored == other.stored;
-  }
+  auto all() const { return std::tie(files, extras, stored); }
 
   Records reload() {
     Records records;
@@ -66,16 +64,16 @@ struct Model {
     }
     return records;
   }
-  /// What removal by that key does; `records` are then the records in memory.
+  /// Removes by key; `records` becomes the records in memory.
   bool erase(const std::string& key, Records& records) {
     const std::string name = escaped(key);
     records = reload();
-    if (files.erase(name) == 0) {
-      return false;
+    const bool isThere = files.erase(name) != 0;
+    if (isThere) {
+      records.erase(name);
+      extras.erase(name);
     }
-    records.erase(name);
-    extras.erase(name);
-    return true;
+    return isThere;
   }
   void commit(const std::string& name, std::int64_t size) {
     Records records = reload();
@@ -97,7 +95,7 @@ class Driver {
  public:
   explicit Driver(unsigned seed) : random_(seed) {}
 
-  /// One operation, or a change behind the cache's back; false when it came out differently.
+  /// One operation, or a change behind the cache's back; false if the outcome differs.
   bool step() {
     using Step = bool (Driver::*)();
     constexpr Step steps[] = {
@@ -111,7 +109,7 @@ class Driver {
     isThere_ = model_.files.count(name_) != 0;
     const std::int64_t start = now();
     const bool same = (this->*steps[pick(std::size(steps))])();
-    return same && errors_.records().empty() && diskIsAsExpected(start);
+    return same && errors_.take().empty() && diskIsAsExpected(start);
   }
 
  private:
@@ -126,9 +124,7 @@ class Driver {
       model_.commit(escaped(name_), static_cast<std::int64_t>(model_.files[name_].size()));
     }
     cache_->commit(key_);
-    const bool reported = !errors_.records().empty();
-    errors_.records().clear();
-    return reported != isThere_;
+    return errors_.take().empty() == isThere_;
   }
   bool commitSize() {
     makeAgesDistinct();
@@ -167,7 +163,7 @@ class Driver {
       }
     }
     for (const auto& [name, meta] : cache_->getAllMetas()) {
-      actual[name] = std::string(meta.extra.begin(), meta.extra.end());
+      actual[name].assign(meta.extra.begin(), meta.extra.end());
     }
     return actual == expected;
   }
@@ -204,8 +200,8 @@ class Driver {
 
   std::size_t pick(std::size_t count) { return random_() % count; }
 
-  /// Which of two entries of one age is evicted is left open: have it decided, behind the cache's
-  /// back. At most one file may stay unrecorded, and so be of age 0.
+  /// Rewrites metadata.json behind the cache's back, since which of two entries of one age is
+  /// evicted is unspecified. At most one file stays unrecorded, and so of age 0.
   void makeAgesDistinct() {
     Records records = model_.reload();
     if (!records.empty() && pick(2) == 0) {
@@ -242,7 +238,7 @@ class Driver {
       const std::int64_t time = actual.stored->at(touched).second;
       (*model_.stored)[touched].second = time >= start && time <= now() ? time : -1;
     }
-    return actual == model_;
+    return actual.all() == model_.all();
   }
 
   std::mt19937 random_;
@@ -250,9 +246,8 @@ class Driver {
   TemporaryDirectory root_;
   std::shared_ptr<IFileCache> cache_ = createFileCache(root_.path(), kBudget);
   Model model_;
-  std::string key_, name_;  // What the step is about,
-  bool isThere_ = false;    // and whether it has a file.
-  std::string touched_;
+  std::string key_, name_, touched_;  // Of this step.
+  bool isThere_ = false;              // Whether the key has a file.
 };
 
 }  // namespace
@@ -260,13 +255,13 @@ class Driver {
 int main(int argumentCount, char** arguments) {
   const long steps = argumentCount > 1 ? std::strtol(arguments[1], nullptr, 10) : 10'000;
   const unsigned seed = givenOrNewSeed();
-  Driver driver(seed);
-  FileStoreDriver storeDriver(seed);
+  Driver cache(seed);
+  FileStoreDriver store(seed);
   for (long step = 1; step <= steps; ++step) {
-    const bool isSame = driver.step();
-    if (!isSame || !storeDriver.step()) {
-      std::cerr << "MODELCACHE_SEED=" << seed << ": step " << step << " of the "
-                << (isSame ? "store" : "raw cache") << " came out differently\n";
+    const char* const wrong = !cache.step() ? "raw cache" : !store.step() ? "store" : nullptr;
+    if (wrong != nullptr) {
+      std::cerr << "MODELCACHE_SEED=" << seed << ": wrong step " << step << " of the " << wrong
+                << "\n";
       return 1;
     }
   }

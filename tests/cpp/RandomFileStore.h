@@ -8,12 +8,12 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// Random calls of a FileStore, each compared with a plain model: result, files and extra bytes.
+/// Compares random calls of a FileStore with a simple model: results, files and extra bytes.
 class FileStoreDriver {
  public:
   explicit FileStoreDriver(unsigned seed) : random_(seed) { reopen(); }
 
-  /// One call, or a change behind the store's back; false when it came out differently.
+  /// One call, or a change behind the store's back; false if the outcome differs.
   bool step() {
     const std::size_t number = pick(6), kind = pick(20);
     key_ = std::string(number + 1, 'k');
@@ -35,14 +35,14 @@ class FileStoreDriver {
   }
 
  private:
-  /// An entry, or a part that is kept, which counts as one.
+  /// An entry, or a resumable part, which counts as one.
   struct Item {
     std::string bytes;
     std::int64_t used = 0;  // On a simulated disk, parts are older than all entries.
-    bool isGone = false;    // Which the store has not noticed yet.
+    bool isGone = false;    // Deleted by others, unnoticed by the store.
   };
 
-  /// All of it; with a prefix, as known content, of which some may be there and some stay missing.
+  /// Writes everything; with a prefix, known content, which may be resumed and left incomplete.
   bool write(const std::string& whole, std::string_view prefix) {
     const auto digest = disk_.environment().newDigest();
     digest->update(whole.data(), whole.size());
@@ -119,7 +119,7 @@ class FileStoreDriver {
     items_.erase(name);
     extras_.erase("extra/" + name);
   }
-  /// The entry's new content, for which the least recently used others go.
+  /// Replaces the entry, evicting the least recently used others.
   void place(const std::string& bytes) {
     drop(key_);
     for (std::size_t total = budget_ + 1; total > budget_;) {
@@ -150,9 +150,9 @@ class FileStoreDriver {
   std::size_t budget_ = 150;
   std::int64_t uses_ = std::int64_t{1} << 60, writes_ = 0;
   std::unique_ptr<FileStore> store_;
-  std::string key_;  // What the step is about. Its file has its name.
+  std::string key_;  // Of this step; also the name of its file.
   std::map<std::string, Item> items_;
-  Image extras_;  // Also of entries that are gone.
+  Image extras_;  // Also of entries deleted by others.
 };
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -6,88 +6,79 @@
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-const std::string kMetadata = R"({"entries":[{"key":"a","size":5,"lastAccess":1700000000000}]})";
-const std::string kDescriptor =
-    R"({"versions":[{"version":3,"models":[{"type":"t","cacheKey":"k1"},)"
-    R"({"type":"u","cacheKey":"k2"}]},{"version":-1,"models":[]}]})";
+using Texts = std::vector<std::pair<std::string, std::string>>;
 
-/// The text after reading and writing it.
+/// Each text, and what it becomes when it is read and written.
 template <class Serializer>
-std::string rewritten(const std::string& text) {
-  Serializer serializer;
-  return serializer.serialize(*serializer.deserialize(text));
-}
-
-/// What the message about a text says after the quotation.
-template <class Serializer>
-std::string failureOf(const std::string& text) {
-  try {
-    Serializer().deserialize(text);
-  } catch (const std::runtime_error& error) {
-    const std::string quoted = "Deserializing failed: '" + text + "' with exception: ";
-    return std::string(error.what()).substr(quoted.size());
+void expectRewritten(const Texts& texts) {
+  for (const auto& [text, expected] : texts) {
+    EXPECT_EQ(expected, Serializer().serialize(*Serializer().deserialize(text)));
   }
-  return "";
 }
 
-TEST(Serializers, writeCompactDocumentsOfWhateverTheyAccept) {
+/// Each text, and how the message that quotes it ends.
+template <class Serializer>
+void expectRefused(const Texts& texts) {
+  for (const auto& [refused, failure] : texts) {
+    const std::string& text = refused;
+    EXPECT_EQ(Reading::Refused, readingOf<Serializer>(text)) << text;
+    EXPECT_THAT(errorOf([&] { Serializer().deserialize(text); }), testing::EndsWith(failure));
+  }
+}
+
+TEST(Serializers, writeMetadataCompactly) {
   const std::string empty = R"({"entries":[]})";
+  const std::string usual = R"({"entries":[{"key":"a","size":5,"lastAccess":1700000000000}]})";
   const std::string escaped = R"({"entries":[{"key":"a\"\n","size":-5,"lastAccess":0}]})";
-  const std::pair<std::string, std::string> metadata[] = {
+  expectRewritten<CacheMetadataSerializer>({
       {"", empty},
-      {kMetadata, kMetadata},
+      {usual, usual},
       {escaped, escaped},
       {R"({"entries":[{"key":"","size":1,"lastAccess":1}]})", empty},
       {R"({"x":0,"entries":[{"key":""},)"
        R"({"lastAccess":true,"y":[1e400,99999999999999999999],"size":"42","key":7}]})",
        R"({"entries":[{"key":"7","size":42,"lastAccess":1}]})"},
-  };
-  for (const auto& [text, expected] : metadata) {
-    EXPECT_EQ(expected, rewritten<CacheMetadataSerializer>(text));
-  }
-  const std::pair<std::string, std::string> descriptors[] = {
+  });
+}
+
+TEST(Serializers, writeDescriptorsCompactly) {
+  const std::string usual = R"({"versions":[{"version":3,"models":[{"type":"t","cacheKey":"k1"},)"
+                            R"({"type":"u","cacheKey":"k2"}]},{"version":-1,"models":[]}]})";
+  expectRewritten<CacheDescriptorSerializer>({
       {"", R"({"versions":[]})"},
-      {kDescriptor, kDescriptor},
+      {usual, usual},
       {R"({"versions":[{"models":[{"cacheKey":1.5,"type":true}],"version":"5"}]})",
        R"({"versions":[{"version":5,"models":[{"type":"1","cacheKey":"1.5"}]}]})"},
-  };
-  for (const auto& [text, expected] : descriptors) {
-    EXPECT_EQ(expected, rewritten<CacheDescriptorSerializer>(text));
-  }
+  });
 }
 
-TEST(Serializers, quoteTheWholeTextOfWhatTheyCannotRead) {
-  for (const std::string text :
-       {" ", "[]", "{}", R"({"entries":{}})", R"({"entries":7})", R"({"entries":[1]})",
-        R"({"entries":[{"size":1,"lastAccess":1}]})", R"({"entries":[{"key":null}]})",
-        R"({"entries":[{"key":"a","size":1}]})", R"({"entries":[{"key":"a","lastAccess":1}]})",
-        R"({"entries":[{"key":"a","size":1.5,"lastAccess":1}]})",
-        R"({"entries":[{"key":"a","size":1,"lastAccess":9223372036854775808}]})"}) {
-    EXPECT_EQ(Reading::Refused, readingOf<CacheMetadataSerializer>(text)) << text;
-  }
-  for (const std::string text :
-       {"{}", "null", R"({"versions":{}})", R"({"versions":[{"version":1}]})",
-        R"({"versions":[{"models":[]}]})", R"({"versions":[{"version":null,"models":[]}]})",
-        R"({"versions":[{"version":2147483648,"models":[]}]})",
-        R"({"versions":[{"version":1,"models":[{"type":"t"}]}]})",
-        R"({"versions":[{"version":1,"models":[{"type":"t","cacheKey":[]}]}]})"}) {
-    EXPECT_EQ(Reading::Refused, readingOf<CacheDescriptorSerializer>(text)) << text;
-  }
-}
-
-TEST(Serializers, tellTheFirstFailureInTheOrderOfTheirLookUps) {
-  const std::pair<std::string, std::string> metadata[] = {
-      {"{}", "entries: type error: expected array, found null"},
-      {"null", "type error: expected object, found null"},
+TEST(Serializers, quoteRefusedMetadataWithTheFirstFailure) {
+  expectRefused<CacheMetadataSerializer>({
+      {" ", ""},
+      {"{}", "exception: entries: type error: expected array, found null"},
+      {"null", "exception: type error: expected object, found null"},
+      {R"({"entries":{}})", ""},
+      {R"({"entries":[1]})", ""},
+      {R"({"entries":[{"size":1,"lastAccess":1}]})", ""},
+      {R"({"entries":[{"key":null}]})", ""},
       {R"({"entries":[{"key":"a","size":null}]})", "entries[0]: missing member \"lastAccess\""},
       {R"({"entries":[{"key":"a","lastAccess":null}]})", "entries[0]: missing member \"size\""},
-  };
-  for (const auto& [text, failure] : metadata) {
-    EXPECT_EQ(failure, failureOf<CacheMetadataSerializer>(text)) << text;
-  }
-  EXPECT_EQ("versions[0].models[0]: missing member \"cacheKey\"",
-            failureOf<CacheDescriptorSerializer>(
-                R"({"versions":[{"version":1,"models":[{"type":null}]}]})"));
+      {R"({"entries":[{"key":"a","size":1,"lastAccess":9223372036854775808}]})", ""},
+  });
+}
+
+TEST(Serializers, quoteRefusedDescriptorsWithTheFirstFailure) {
+  expectRefused<CacheDescriptorSerializer>({
+      {"{}", ""},
+      {"null", ""},
+      {R"({"versions":{}})", ""},
+      {R"({"versions":[{"version":1}]})", ""},
+      {R"({"versions":[{"models":[]}]})", ""},
+      {R"({"versions":[{"version":2147483648,"models":[]}]})", ""},
+      {R"({"versions":[{"version":1,"models":[{"type":null}]}]})",
+       "versions[0].models[0]: missing member \"cacheKey\""},
+      {R"({"versions":[{"version":1,"models":[{"type":"t","cacheKey":[]}]}]})", ""},
+  });
 }
 
 }  // namespace

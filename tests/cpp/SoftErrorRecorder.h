@@ -1,26 +1,30 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/softerror/softerror.h"
 
-/// Collects the soft errors that are reported while it lives.
+/// Collects the soft errors reported during its lifetime.
 class SoftErrorRecorder {
  public:
   struct Record {
     std::string file, function;
-    int line;
-    int severity;
+    int line, severity;
     std::string category, format, message;
   };
 
-  SoftErrorRecorder() : previous_(softerror::setSink({&record, &records()})) { records().clear(); }
   ~SoftErrorRecorder() { softerror::setSink(previous_); }
 
-  static std::vector<Record>& records() {
-    static std::vector<Record> all;
-    return all;
+  std::vector<Record> take() { return std::exchange(records_, {}); }
+  /// Like `take`, but only the texts.
+  std::vector<std::string> takeMessages() {
+    std::vector<std::string> messages;
+    for (const Record& record : take()) {
+      messages.push_back(record.message);
+    }
+    return messages;
   }
 
  private:
@@ -30,5 +34,6 @@ class SoftErrorRecorder {
          report.category, report.format, report.message});
   }
 
-  softerror::Sink previous_;
+  std::vector<Record> records_;
+  softerror::Sink previous_ = softerror::setSink({&record, &records_});
 };

@@ -9,8 +9,8 @@ namespace {
 using softerror::printSoftError;
 using softerror::Severity;
 
-TEST(SoftError, reportsWhateverTheArguments) {
-  const SoftErrorRecorder recorder;
+TEST(SoftError, isReportedWhateverTheArgumentsAndTheSinkDo) {
+  SoftErrorRecorder recorder;
   const char* const volatile null = nullptr;
   const std::string longText(5000, 'x');
   printSoftError(null, null, 1, Severity::Recoverable, null, "%s", longText.c_str());
@@ -18,8 +18,7 @@ TEST(SoftError, reportsWhateverTheArguments) {
 #pragma GCC diagnostic ignored "-Wformat-security"
   printSoftError("f", "g", 2, Severity::Assertion, "c", null);
 #pragma GCC diagnostic pop
-
-  const auto& records = SoftErrorRecorder::records();
+  const auto records = recorder.take();
   ASSERT_EQ(2u, records.size());
   EXPECT_EQ(longText, records[0].message);
   EXPECT_EQ("(null)(null)(null)", records[0].file + records[0].function + records[0].category);

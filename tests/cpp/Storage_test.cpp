@@ -1,86 +1,162 @@
+#include <dirent.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <string_view>
 
 #include "delivery/Storage/FileIO.h"
 #include "delivery/Storage/FilesystemOperations.h"
 #include "tests/cpp/Errors.h"
-#include "tests/cpp/SystemCalls.h"
 #include "tests/cpp/TemporaryDirectory.h"
+
+namespace {
+
+/// How this program's system calls on files behave: the linker redirects them here (--wrap).
+struct SystemCalls {
+  /// Runs first; returns the errno with which the call fails, or 0.
+  std::function<int(std::string_view call)> errorOf = [](auto) { return 0; };
+  std::size_t mostBytes = static_cast<std::size_t>(-1);  ///< Moved by one read or write.
+  int openFlags = 0;                                     ///< Of the last open.
+  int openFiles = 0;                                     ///< Opened less closed.
+};
+
+/// Never destroyed, since the program may read files until its end.
+SystemCalls& calls() {
+  static SystemCalls& calls = *new SystemCalls;
+  return calls;
+}
+
+/// Fails the call, or makes the real one.
+template <class Real>
+auto intercept(std::string_view call, const Real& real) -> decltype(real()) {
+  if (const int error = calls().errorOf(call)) {
+    errno = error;
+    return -1;
+  }
+  return real();
+}
+
+}  // namespace
+
+extern "C" {
+
+int __real_open64(const char*, int, ...);
+ssize_t __real_read(int, void*, size_t);
+ssize_t __real_write(int, const void*, size_t);
+int __real_close(int);
+dirent* __real_readdir64(DIR*);
+
+int __wrap_open64(const char* path, int flags, int mode) {
+  return intercept("open", [=] {
+    const int file = __real_open64(path, flags, mode);
+    calls().openFlags = flags;
+    calls().openFiles += file >= 0 ? 1 : 0;
+    return file;
+  });
+}
+
+ssize_t __wrap_read(int file, void* buffer, size_t count) {
+  return intercept("read",
+                   [=] { return __real_read(file, buffer, std::min(count, calls().mostBytes)); });
+}
+
+ssize_t __wrap_write(int file, const void* buffer, size_t count) {
+  return intercept("write",
+                   [=] { return __real_write(file, buffer, std::min(count, calls().mostBytes)); });
+}
+
+int __wrap_close(int file) {
+  return intercept("close", [=] { return --calls().openFiles, __real_close(file); });
+}
+
+dirent* __wrap_readdir64(DIR* directory) {
+  return intercept("readdir", [] { return 0; }) == 0 ? __real_readdir64(directory) : nullptr;
+}
+
+// Android's names; files there are large anyway.
+int __wrap_open(const char*, int, int) __attribute__((alias("__wrap_open64")));
+int __wrap___open_2(const char*, int, int) __attribute__((alias("__wrap_open64")));
+dirent* __wrap_readdir(DIR*) __attribute__((alias("__wrap_readdir64")));
+}
 
 namespace zentrel::vistabase::ardelivery {
 namespace {
 
-using testing::UnorderedElementsAre;
+struct StorageTest : testing::Test {
+  ~StorageTest() override { calls() = {}; }
 
-TEST(FilesystemOperations, measuresAndListsFollowingLinksToFilesOnly) {
-  const TemporaryDirectory root;
-  root.write("dir/three", "333");
-  root.write("dir/sub/five", "55555");
-  root.write("outside/seven", "7777777");
-  boost::filesystem::create_symlink("../outside/seven", root / "dir/link");
-  boost::filesystem::create_directory_symlink("../outside", root / "dir/dirlink");
-  boost::filesystem::create_symlink("nowhere", root / "dir/dangling");
-  FilesystemOperations filesystem;
-  EXPECT_EQ(15u, filesystem.getSize(root / "dir"));
-  EXPECT_EQ(7u, filesystem.getSize(root / "dir/link"));
-  EXPECT_THAT(filesystem.listDirectory(root / "dir"),
-              UnorderedElementsAre("three", "sub", "link", "dirlink", "dangling"));
-  EXPECT_TRUE(filesystem.isFile(root / "dir/link"));
-  EXPECT_FALSE(filesystem.isFile(root / "dir"));
-  EXPECT_FALSE(filesystem.exists(root / "dir/dangling"));
+  TemporaryDirectory root_;
+  FilesystemOperations filesystem_;
+  FileIO io_;
+};
+
+TEST_F(StorageTest, followsLinksToFilesOnly) {
+  root_.write("dir/three", "333");
+  root_.write("dir/sub/five", "55555");
+  root_.write("outside/seven", "7777777");
+  boost::filesystem::create_symlink("../outside/seven", root_ / "dir/link");
+  boost::filesystem::create_directory_symlink("../outside", root_ / "dir/dirlink");
+  boost::filesystem::create_symlink("nowhere", root_ / "dir/dangling");
+  EXPECT_EQ(15u, filesystem_.getSize(root_ / "dir"));
+  EXPECT_EQ(7u, filesystem_.getSize(root_ / "dir/link"));
+  EXPECT_THAT(filesystem_.listDirectory(root_ / "dir"),
+              testing::UnorderedElementsAre("three", "sub", "link", "dirlink", "dangling"));
+  EXPECT_TRUE(filesystem_.isFile(root_ / "dir/link"));
+  EXPECT_FALSE(filesystem_.isFile(root_ / "dir"));
+  EXPECT_FALSE(filesystem_.exists(root_ / "dir/dangling"));
 }
 
-TEST(FilesystemOperations, saysWhatItCouldNotIterateOver) {
-  const TemporaryDirectory root;
-  root.write("dir/file", "");
-  FilesystemOperations filesystem;
-  const auto errorOfListing = [&](const std::string& path) {
-    return errorOf([&] { filesystem.listDirectory(path); });
+TEST_F(StorageTest, namesTheDirectoryThatItCannotIterateOver) {
+  root_.write("dir/file", "");
+  const auto errorOfListing = [&](const std::string& name) {
+    return errorOf([&] { filesystem_.listDirectory(root_ / name); });
   };
-  const std::string couldNot = "Could not iterate over '" + root.path() + "/";
-  EXPECT_EQ(couldNot + "gone' with error No such file or directory", errorOfListing(root / "gone"));
-  EXPECT_EQ(couldNot + "dir/file' with error Not a directory", errorOfListing(root / "dir/file"));
+  const std::string couldNot = "Could not iterate over '" + root_.path() + "/";
+  EXPECT_EQ(couldNot + "gone' with error No such file or directory", errorOfListing("gone"));
+  EXPECT_EQ(couldNot + "dir/file' with error Not a directory", errorOfListing("dir/file"));
   EXPECT_EQ(couldNot + "gone' with error No such file or directory",
-            errorOf([&] { filesystem.getSize(root / "gone"); }));
-  SystemCalls system;
+            errorOf([&] { filesystem_.getSize(root_ / "gone"); }));
   int listed = 0;  // Of ".", ".." and "file".
-  system.errorOf = [&](auto call) { return call == "readdir" && listed-- == 0 ? EIO : 0; };
-  EXPECT_EQ(couldNot + "dir' with error " + std::strerror(EIO), errorOfListing(root / "dir"));
+  calls().errorOf = [&](auto call) { return call == "readdir" && listed-- == 0 ? EIO : 0; };
+  EXPECT_EQ(couldNot + "dir' with error " + std::strerror(EIO), errorOfListing("dir"));
   listed = 3;
-  EXPECT_THAT(errorOfListing(root / "dir"), testing::StartsWith("boost::filesystem::directory_"));
+  EXPECT_THAT(errorOfListing("dir"), testing::StartsWith("boost::filesystem::directory_"));
 }
 
-TEST(FileIO, readsAFileThatGrowsMeanwhileKeepingItFromChildProcesses) {
-  const TemporaryDirectory root;
-  root.write("file", "small");
-  SystemCalls system;
-  system.errorOf = [&, isFirst = true](auto call) mutable {
+TEST_F(StorageTest, throwsForNamesThatAreTooLong) {
+  const std::string name = root_ / std::string(300, 'x');
+  EXPECT_THROW(filesystem_.exists(name), boost::filesystem::filesystem_error);
+  EXPECT_THROW(filesystem_.isFile(name), boost::filesystem::filesystem_error);
+}
+
+TEST_F(StorageTest, readsAFileThatGrowsMeanwhileWithoutLeakingItToChildProcesses) {
+  root_.write("file", "small");
+  calls().errorOf = [&, isFirst = true](auto call) mutable {
     if (call == "read" && std::exchange(isFirst, false)) {
-      root.write("file", std::string(50'000, 'x'));
+      root_.write("file", std::string(50'000, 'x'));
     }
     return 0;
   };
-  EXPECT_EQ(std::string(50'000, 'x'), FileIO().readFile(root / "file"));
-  EXPECT_EQ(O_CLOEXEC, system.openFlags & O_CLOEXEC);
+  EXPECT_EQ(std::string(50'000, 'x'), io_.readFile(root_ / "file"));
+  EXPECT_EQ(O_CLOEXEC, calls().openFlags & O_CLOEXEC);
 }
 
-TEST(FileIO, hasOneMessageForEveryFailureAndLeavesNothingOpen) {
-  const TemporaryDirectory root;
-  const std::string file = root / "file";
-  FileIO io;
-  io.writeFile(file, "x");
-  const std::string message = "Could not open file.";
-  EXPECT_EQ(message, errorOf([&] { io.readFile(root / "gone"); }));
-  EXPECT_EQ(message, errorOf([&] { io.readFile(root.path()); }));
-#ifndef __SANITIZE_ADDRESS__  // Which ends the program when there is no memory.
+TEST_F(StorageTest, reportsEveryFailedTransferAlikeAndLeavesNothingOpen) {
+  const std::string message = "Could not open file.", file = root_ / "file";
+  io_.writeFile(file, "x");
+  EXPECT_EQ(message, errorOf([&] { io_.readFile(root_ / "gone"); }));
+  EXPECT_EQ(message, errorOf([&] { io_.readFile(root_.path()); }));
+#ifndef __SANITIZE_ADDRESS__  // Which ends the program when out of memory.
   const int huge = static_cast<int>(::syscall(SYS_memfd_create, "huge", 0));
   EXPECT_EQ(0, ::ftruncate(huge, std::numeric_limits<off_t>::max() / 4));
-  EXPECT_EQ(message, errorOf([&] { io.readFile("/proc/self/fd/" + std::to_string(huge)); }));
+  EXPECT_EQ(message, errorOf([&] { io_.readFile("/proc/self/fd/" + std::to_string(huge)); }));
   ::close(huge);
 #endif
   const struct {
@@ -95,31 +171,27 @@ TEST(FileIO, hasOneMessageForEveryFailureAndLeavesNothingOpen) {
   };
   for (const auto& [call, error, ofReading, ofWriting] : cases) {
     for (const bool writes : {false, true}) {
-      SystemCalls system;
-      system.errorOf = [&, left = 1, &failing = call, &fault = error](auto made) mutable {
+      calls() = {};
+      calls().errorOf = [&, left = 1, &failing = call, &fault = error](auto made) mutable {
         return made == failing && left-- > 0 ? fault : 0;
       };
       EXPECT_EQ(writes ? ofWriting : ofReading,
-                errorOf([&] { writes ? io.writeFile(file, "x") : void(io.readFile(file)); }))
+                errorOf([&] { writes ? io_.writeFile(file, "x") : void(io_.readFile(file)); }))
           << call << error;
-      EXPECT_EQ(call == "close" && error == EIO ? 1 : 0, system.openFiles) << call << error;
+      EXPECT_EQ(call == "close" && error == EIO ? 1 : 0, calls().openFiles) << call << error;
     }
   }
 }
 
-TEST(FileIO, readsBackWhatItWroteAndMovedInShortTransfers) {
-  const TemporaryDirectory root;
-  FileIO io;
-  SystemCalls system;
-  system.mostBytes = 7;
+TEST_F(StorageTest, readsBackWhatItWroteAndMovedInShortTransfers) {
+  calls().mostBytes = 7;
   for (const std::size_t size : {0u, 1u, 4095u, 4096u, 4097u}) {
-    std::string content(size, 'x');
-    content.append(size / 4096, '\0');
-    io.writeFile(root / "other", content);
-    io.moveFile(root / "other", root / "file");
-    EXPECT_EQ(content, io.readFile(root / "file"));
+    const std::string content = std::string(size, 'x') + std::string(size / 4096, '\0');
+    io_.writeFile(root_ / "other", content);
+    io_.moveFile(root_ / "other", root_ / "file");
+    EXPECT_EQ(content, io_.readFile(root_ / "file"));
   }
-  EXPECT_THROW(io.moveFile(root / "other", root / "file"), boost::filesystem::filesystem_error);
+  EXPECT_THROW(io_.moveFile(root_ / "other", root_ / "file"), boost::filesystem::filesystem_error);
 }
 
 }  // namespace

@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include "delivery/FileCache/FileCacheWithErrorLogging/FileCacheWithErrorLogging.h"
 #include "delivery/ModelCache/SegmentationModelCache.h"
 #include "tests/cpp/Errors.h"
 #include "tests/cpp/ObservedStorage.h"
+#include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 #include "tests/cpp/reading.h"
 
@@ -15,8 +17,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-/// A versioned cache over files "a" to "d" and a file cache without room, whose commits would
-/// evict them.
+/// A versioned cache over files "a" to "d", in a file cache whose budget of 0 has any commit evict.
 class VersionedModelCacheTest : public testing::Test {
  protected:
   VersionedModelCacheTest() {
@@ -27,16 +28,15 @@ class VersionedModelCacheTest : public testing::Test {
 
   std::unique_ptr<VersionedModelCacheImpl> open() {
     return std::make_unique<VersionedModelCacheImpl>(
-        std::make_unique<ObservedFileIO>(indexObserver_),
-        std::make_unique<CacheDescriptorSerializer>(), files_,
+        std::make_unique<ObservedFileIO>(indexHook_), std::make_unique<CacheDescriptorSerializer>(),
+        files_,
         std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}}));
   }
-  /// Has the index hold these versions.
-  void store(const CacheDescriptor& descriptor) {
+  void writeIndex(const CacheDescriptor& descriptor) {
     root_.write("versioned_index", CacheDescriptorSerializer().serialize(descriptor));
   }
-  /// The index, shortly: "1: t=a u=b; 2: t=a; "
-  std::string stored() {
+  /// The index in short: "1: t=a u=b; 2: t=a; "
+  std::string index() {
     const auto descriptor = CacheDescriptorSerializer().deserialize(root_.read("versioned_index"));
     std::string text;
     for (const VersionRecord& version : descriptor->versions) {
@@ -48,7 +48,7 @@ class VersionedModelCacheTest : public testing::Test {
     }
     return text;
   }
-  /// The entries that were promoted since the last time.
+  /// The entries promoted since the last call.
   std::string takePromoted() {
     std::string names;
     const auto records = CacheMetadataSerializer().deserialize(root_.read("metadata.json"));
@@ -60,8 +60,10 @@ class VersionedModelCacheTest : public testing::Test {
   }
 
   TemporaryDirectory root_;
-  Observer observer_{root_.path()}, indexObserver_{root_.path()};
-  std::shared_ptr<IFileCache> files_ = observedCache(root_.path(), 0, observer_);
+  Hook hook_ = [](auto&) {}, indexHook_ = hook_;
+  SoftErrorRecorder errors_;
+  std::shared_ptr<IFileCache> files_ =
+      std::make_shared<FileCacheWithErrorLogging>(observedCache(root_.path(), 0, hook_));
   std::unique_ptr<VersionedModelCacheImpl> cache_ = open();
 };
 
@@ -71,7 +73,7 @@ TEST_F(VersionedModelCacheTest, promotesWhatItFindsAndWritesOnlyChanges) {
   };
   const struct {
     std::function<void()> call;
-    std::string stored, promoted;
+    std::string index, promoted;
   } steps[] = {
       {[&] { EXPECT_THAT(cache_->queryVersions(), IsEmpty()); }, "", ""},
       {add(1, "t", "gone"), "", ""},
@@ -87,11 +89,11 @@ TEST_F(VersionedModelCacheTest, promotesWhatItFindsAndWritesOnlyChanges) {
       {[&] { (cache_ = open())->queryVersions(); }, "2: u=b; ", "versioned_index "},
       {[&] { cache_->deleteVersion(2); }, "", "versioned_index "},
   };
-  int insertions = 0;  // Of the index, which cost it its extra bytes.
+  int insertions = 0;  // Of the index; each removes its extra bytes.
   for (const auto& [call, expected, promoted] : steps) {
     root_.write("extra/versioned_index", "");
     call();
-    EXPECT_EQ(expected, stored());
+    EXPECT_EQ(expected, index());
     EXPECT_EQ(promoted, takePromoted()) << expected;
     insertions += root_.has("extra/versioned_index") ? 0 : 1;
   }
@@ -100,66 +102,105 @@ TEST_F(VersionedModelCacheTest, promotesWhatItFindsAndWritesOnlyChanges) {
               testing::UnorderedElementsAre("a", "d", "extra", "versioned_index"));
 }
 
-TEST_F(VersionedModelCacheTest, answersWithTheFilesThatAreThere) {
-  store({{{1, {{"t", "a"}, {"u", "b"}}}, {2, {{"foreign", "a"}}}}});
-  boost::filesystem::remove(root_ / "b");
+TEST_F(VersionedModelCacheTest, queryReturnsOnlyPresentFilesAndRefusesUnknownTypes) {
+  writeIndex({{{1, {{"t", "a"}, {"u", "gone"}}}, {2, {{"foreign", "a"}}}}});
   EXPECT_THAT(cache_->queryEntries(1), ElementsAre(Pair(0, root_ / "a")));
   EXPECT_EQ("Could not query entries: Could not deserialize type: foreign",
             errorOf([&] { cache_->queryEntries(2); }));
 }
 
-TEST_F(VersionedModelCacheTest, keepsTheModelsOfAVersionThatIsThereTwice) {
-  store({{{1, {{"t", "a"}}}, {2, {}}, {1, {{"u", "b"}}}}});
+TEST_F(VersionedModelCacheTest, keepsTheModelsOfADuplicateVersion) {
+  writeIndex({{{1, {{"t", "a"}}}, {2, {}}, {1, {{"u", "b"}}}}});
   EXPECT_TRUE(cache_->addModelIfInCache(1, {"t", "c"}));
-  EXPECT_EQ("2:; 1: u=b; 1: t=c; ", stored());
+  EXPECT_EQ("2:; 1: u=b; 1: t=c; ", index());
   EXPECT_THAT(cache_->queryEntries(1), ElementsAre(Pair(1, root_ / "b")));
   cache_->deleteVersion(1);
-  EXPECT_EQ("2:; ", stored());
+  EXPECT_EQ("2:; ", index());
 }
 
-/// As a listener for soft errors may do.
-TEST_F(VersionedModelCacheTest, copesWithChangesDuringItsLookUps) {
-  store({{{1, {{"t", "a"}, {"u", "b"}}}}});
+TEST_F(VersionedModelCacheTest, allowsChangesByASoftErrorSinkDuringItsLookUps) {
+  writeIndex({{{1, {{"t", "a"}, {"u", "b"}}}}});
   std::function<void()> change = [&] { cache_->deleteVersion(1); };
   int lookUps = 0;
-  observer_.hook = [&](const std::string& operation) {
-    if (operation == "exists" && ++lookUps == 2) {
-      change();
-    }
+  hook_ = [&](const std::string& operation) {
+    operation == "exists" && ++lookUps == 2 ? change() : void();
   };
   EXPECT_THAT(cache_->queryEntries(1), IsEmpty());
   change = [&] { cache_->addModelIfInCache(3, {"t", "d"}); };
   lookUps = 0;
   EXPECT_TRUE(cache_->addModelIfInCache(2, {"t", "c"}));
-  EXPECT_EQ("2: t=c; 3: t=d; ", stored());
+  EXPECT_EQ("2: t=c; 3: t=d; ", index());
 }
 
-TEST_F(VersionedModelCacheTest, keepsInMemoryWhatCouldNotBeWritten) {
-  indexObserver_.hook = [](auto&) { throw std::runtime_error("full"); };
+TEST_F(VersionedModelCacheTest, nextWriteStoresWhatAFailedWriteDidNot) {
+  indexHook_ = [](auto&) { throw std::runtime_error("full"); };
   EXPECT_THROW(cache_->addModelIfInCache(1, {"t", "a"}), std::runtime_error);
-  indexObserver_.hook = [](auto&) {};
+  indexHook_ = [](auto&) {};
   EXPECT_TRUE(cache_->addModelIfInCache(2, {"t", "b"}));
-  EXPECT_EQ("1: t=a; 2: t=b; ", stored());
+  EXPECT_EQ("1: t=a; 2: t=b; ", index());
 }
 
-TEST_F(VersionedModelCacheTest, hasCompleteVersionsOfItsCapabilitysTypes) {
+TEST_F(VersionedModelCacheTest, namesTheOperationThatFailsOnTheIndexAndCanRetryIt) {
+  const struct {
+    std::function<void()> call;
+    std::string error, unknownError;
+  } cases[] = {
+      {[&] {
+         cache_->addModelIfInCache(1, {"t", "b"});
+       },
+       "Could not add model into the cache: 100%s",
+       "Could not add mode into the cache - unknown exception"},
+      {[&] { cache_->queryEntries(1); }, "Could not query entries: 100%s",
+       "Could not query entries - unknown exception"},
+      {[&] { cache_->queryVersions(); }, "Could not query versions: 100%s",
+       "Could not query versions - unknown exception"},
+      {[&] { cache_->deleteVersion(1); }, "Could not delete version: 1 with exception: 100%s",
+       "Could not delete version: 1 unknown exception: "},
+  };
+  for (const auto& [call, error, unknownError] : cases) {
+    writeIndex({{{1, {{"t", "a"}}}}});
+    cache_ = open();
+    indexHook_ = [](auto&) { throw std::runtime_error("100%s"); };
+    EXPECT_EQ(error, errorOf(call));
+    indexHook_ = [](auto&) { throw 1; };
+    EXPECT_EQ(unknownError, errorOf(call));
+    indexHook_ = [](auto&) {};
+    EXPECT_EQ("no error", errorOf(call));
+  }
+}
+
+TEST_F(VersionedModelCacheTest, throwsIfTheFileCacheCannotHoldTheIndex) {
+  writeIndex({{{1, {{"t", "a"}}}, {2, {}}}});
+  cache_->queryVersions();
+  const std::string before = index();
+  hook_ = [](auto&) { throw std::runtime_error("full"); };
+  EXPECT_EQ(
+      "Could not delete version: 1 with exception: "
+      "Could not insert the index key into the cache.",
+      errorOf([&] { cache_->deleteVersion(1); }));
+  EXPECT_EQ(before, index());
+  EXPECT_THAT(errors_.takeMessages(), testing::SizeIs(3));
+}
+
+TEST_F(VersionedModelCacheTest, acceptsOnlyTypesOfItsCapability) {
   SegmentationModelCache models(files_);
   for (const std::string type : {"SEG_INIT_NET.PB", "pdm_multires.bin", ""}) {
-    EXPECT_EQ("Unknown serialized type: " + type, errorOf([&] {
-                models.addModelForVersionIfInCache(1, {"a", type});
-              }));
+    const auto add = [&] { models.addModelForVersionIfInCache(1, {"a", type}); };
+    EXPECT_EQ("Unknown serialized type: " + type, errorOf(add));
   }
+}
+
+TEST_F(VersionedModelCacheTest, trimsToAVersionOnlyIfItExists) {
+  SegmentationModelCache models(files_);
   EXPECT_TRUE(models.addModelForVersionIfInCache(-1, {"a", "seg_init_net.pb"}));
-  EXPECT_FALSE(models.hasModelsForVersion(-1));
-  EXPECT_TRUE(models.addModelForVersionIfInCache(-1, {"b", "seg_predict_net.pb"}));
   EXPECT_TRUE(models.addModelForVersionIfInCache(2, {"b", "seg_predict_net.pb"}));
-  std::shared_ptr<SegmentationModelPaths> paths;
-  ASSERT_TRUE(models.getModelsForVersion(-1, paths));
-  EXPECT_EQ(root_ / "a" + (root_ / "b"), paths->initNetPath + paths->predictNetPath);
-  EXPECT_FALSE(models.getModelsForVersion(2, paths));
-  EXPECT_NE(nullptr, paths) << "untouched";
   models.trimExceptVersion(7);
-  EXPECT_TRUE(models.hasModelsForVersion(-1)) << "nothing is kept in favour of what is not there";
+  EXPECT_THAT(models.queryVersions(), ElementsAre(-1, 2));
+  auto paths = std::make_shared<SegmentationModelPaths>();
+  EXPECT_FALSE(models.hasModelsForVersion(2) || models.getModelsForVersion(2, paths));
+  EXPECT_NE(nullptr, paths) << "an incomplete version leaves it unchanged";
+  EXPECT_TRUE(models.addModelForVersionIfInCache(2, {"a", "seg_init_net.pb"}));
+  EXPECT_TRUE(models.hasModelsForVersion(2));
   models.deleteVersion(-1);
   EXPECT_THAT(models.queryVersions(), ElementsAre(2));
 }

@@ -10,7 +10,7 @@
 
 namespace zentrel::vistabase::ardelivery {
 
-/// What a document says, to compare: metadata lists its records in no order.
+/// What a document says, for comparison: metadata lists its records in no order.
 inline auto meaning(const ICacheMetadata& metadata) {
   std::map<std::string, std::pair<std::int64_t, std::int64_t>> records;
   for (const auto& [key, entry] : metadata.getEntries()) {
@@ -32,33 +32,31 @@ inline auto meaning(const CacheDescriptor& descriptor) {
 
 enum class Reading { Accepted, Refused, Wrong };
 
-/// Reads any text. What is accepted has to mean the same after it was written and read again, and
-/// with white space before it, which keeps the quick reader from it; what is refused has to be
-/// quoted, and is refused with the white space too.
+/// Reads any text, also with white space before it, which bypasses the quick reader. Both have to
+/// agree; what is accepted must mean the same once written and read again, and what is refused must
+/// be quoted.
 template <class Serializer>
 Reading readingOf(const std::string& text) {
   Serializer serializer;
-  bool isRefused = false;
+  const std::string spaced = text.empty() ? text : " " + text;
   try {
     const auto document = serializer.deserialize(text);
-    const std::string written = serializer.serialize(*document);
-    if (meaning(*serializer.deserialize(written)) != meaning(*document)) {
-      return Reading::Wrong;
-    }
-    if (!text.empty() && meaning(*serializer.deserialize(" " + text)) != meaning(*document)) {
-      return Reading::Wrong;
-    }
-    return Reading::Accepted;
+    const auto again = serializer.deserialize(serializer.serialize(*document));
+    const bool isSame = meaning(*again) == meaning(*document) &&
+                        meaning(*serializer.deserialize(spaced)) == meaning(*document);
+    return isSame ? Reading::Accepted : Reading::Wrong;
   } catch (const std::runtime_error& error) {
-    // The texts end at the first zero byte.
+    // Messages end at the first zero byte.
     const std::string expected = "Deserializing failed: '" + text + "' with exception: ";
-    isRefused = std::string(error.what()).find(expected.c_str()) == 0;
+    if (std::string(error.what()).find(expected.c_str()) != 0) {
+      return Reading::Wrong;
+    }
   }
   try {
-    serializer.deserialize(" " + text);
+    serializer.deserialize(spaced);
     return Reading::Wrong;
   } catch (const std::runtime_error&) {
-    return isRefused ? Reading::Refused : Reading::Wrong;
+    return Reading::Refused;
   }
 }
 
