@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <map>
 #include <utility>
 
 #include "delivery/FileNames.h"
@@ -11,6 +10,7 @@
 #include "store/VersionTableFile.h"
 #include "store/fileTrees.h"
 #include "store/noRoom.h"
+#include "store/planRoom.h"
 #include "store/recoverVersions.h"
 #include "support/util/joined.h"
 
@@ -168,7 +168,7 @@ void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
     const std::int64_t total = entries_.total();
     const std::int64_t overBudget = (added < 0 ? total + added : addSizes(total, added)) - budget;
     const std::int64_t overDisk = free < 0 ? 0 : written - free;
-    const Plan plan = planRoom(std::max(overBudget, overDisk), kept, room);
+    const RoomPlan plan = planRoom(table_, entries_, std::max(overBudget, overDisk), kept, room);
     if (plan.bytes >= std::max(overBudget, overDisk)) {
       if (!plan.versions.empty()) {
         remove(plan.versions, kept);
@@ -194,41 +194,6 @@ void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
     }
     entries_.reload();  // Someone may have deleted files behind our back.
   }
-}
-
-VersionCatalog::Plan VersionCatalog::planRoom(std::int64_t lacking,
-                                              const std::set<std::string>& kept, Room room) {
-  std::map<std::string, int> users;  // How many of the remaining versions have a file.
-  for (const auto& version : table_.versions) {
-    for (const std::string& name : version->names()) {
-      ++users[name];
-    }
-  }
-  Plan plan;
-  const auto add = [&](const std::shared_ptr<const Version>& version) {
-    plan.versions.push_back(version);
-    for (const std::string& name : version->names()) {
-      if (--users[name] == 0 && kept.count(name) == 0) {
-        plan.bytes = addSizes(plan.bytes, entries_.size(name));
-      }
-    }
-  };
-  const auto active = table_.activeVersion();
-  for (const auto& version : table_.versions) {
-    if (plan.bytes < lacking && version != active) {
-      add(version);
-    }
-  }
-  plan.entries = entries_.leastRecentlyUsed(lacking - plan.bytes, [&](const std::string& name) {
-    return users.count(name) != 0 || kept.count(name) != 0;
-  });
-  for (const std::string& name : plan.entries) {
-    plan.bytes = addSizes(plan.bytes, entries_.size(name));
-  }
-  if (plan.bytes < lacking && room == Room::GiveUpActive && active) {
-    add(active);
-  }
-  return plan;
 }
 
 /// Makes the in-memory table durable, before deleting files that an earlier one may still name.

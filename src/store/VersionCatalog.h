@@ -56,12 +56,6 @@ class VersionCatalog {
                 Room room);
 
  private:
-  struct Plan {
-    Versions versions = {};
-    std::vector<std::string> entries = {};
-    std::int64_t bytes = 0;
-  };
-
   bool isWhole(const Version& version);
   bool dropIncomplete();
   bool isIndexCurrent();
@@ -69,7 +63,6 @@ class VersionCatalog {
   void writeIndex(const std::string& text) noexcept;
   void reread() noexcept;
   void ensureDurable();
-  Plan planRoom(std::int64_t lacking, const std::set<std::string>& kept, Room room);
   void publish();
 
   StoreRoot& root_;
