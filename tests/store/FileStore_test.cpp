@@ -109,6 +109,8 @@ TEST_F(FileStoreTest, keepsTheOldEntryUntilTheNewOneIsCommitted) {
     disk_.failOnce(call, name, EIO);
     EXPECT_EQ(Reason::Io, reasonOf([&] { write("key", 20); }));
   }
+  disk_.failOnce("remove", "key", EIO);
+  EXPECT_EQ(Reason::Io, reasonOf([&] { store_->remove("key"); }));
   EXPECT_EQ(10u, disk_.now()["key"].size());
   EXPECT_EQ(BytesVector{1}, store_->extra("key"));
 }
@@ -126,6 +128,35 @@ TEST_F(FileStoreTest, keepsPartsThatAreBeingWritten) {
   one->commit();
   put(*two, known);
   EXPECT_THAT(store_->keys(), UnorderedElementsAre("one", "two"));
+}
+
+TEST_F(FileStoreTest, commitsInAsManyCallsHoweverMuchWasWrittenBefore) {
+  const auto callsOfACommit = [this] {
+    int calls = 0;
+    disk_.hook = [&](auto, auto&) { ++calls; };
+    write("key", 1);
+    disk_.hook = [](auto, auto&) {};
+    return calls;
+  };
+  write("key", 1);
+  const int before = callsOfACommit();
+  for (const std::string content : {"a", "b", "c", "d", "e", "f"}) {
+    put(*store_->write("known", 1, sha256(content)), content);
+  }
+  callsOfACommit();  // Measures the last part.
+  EXPECT_EQ(before, callsOfACommit());
+}
+
+TEST_F(FileStoreTest, refusesASinkThatCallsItFromADestructor) {
+  softerror::setSink({[](const softerror::Report&, void* store) {
+                        ++SoftErrors::count;
+                        EXPECT_THROW(static_cast<FileStore*>(store)->close(), UsageError);
+                      },
+                      store_.get()});
+  auto out = store_->write("key");
+  disk_.failOnce("remove", ".part-key", EIO);
+  out.reset();
+  EXPECT_EQ(1, SoftErrors::count);
 }
 
 TEST_F(FileStoreTest, resumesPartsOfKnownContentThatAreIntact) {

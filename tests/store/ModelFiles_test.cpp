@@ -126,6 +126,28 @@ TEST_F(ModelFiles, thatAreFoundDamagedAreMissingEvenIfTheTableCannotBeWritten) {
   disk_.failOnce("rename", ".versions", EIO);
   EXPECT_THAT(store_->verify(), ElementsAre(files1_[0]));
   EXPECT_THAT(update->missing(), ElementsAre(files1_[0]));
+  disk_.failOnce("rename", ".versions", EIO);
+  EXPECT_EQ(Reason::Io, reasonOf([&] { store_->deactivate(); }));
+  EXPECT_EQ(Reason::Damaged, reasonOf([&] { store_->activate(1); })) << "it is remembered";
+}
+
+TEST_F(ModelFiles, thatAreDamagedAreReplacedByCopiesInTheRoot) {
+  getVersions({1});
+  reopenWith([&](Image& image) {
+    image["copy"] = std::exchange(image[nameOf(files1_[0])], std::string(kSize, '?'));
+  });
+  EXPECT_THAT(store_->verify(), ElementsAre(files1_[0]));
+  const auto update = store_->begin(1, files1_);
+  EXPECT_THAT(update->missing(), IsEmpty());
+  update->activate();
+  expectActive(1);
+}
+
+TEST_F(ModelFiles, thatAreTooLongNeedNoMoreRoomToBeReplaced) {
+  getVersions({1, 2});
+  reopenWith([&](Image& image) { image[nameOf(files2_[0])] += std::string(1000, 'x'); },
+             kTwoVersions);
+  EXPECT_THAT(store_->begin(2, files2_)->missing(), ElementsAre(files2_[0]));
 }
 
 TEST_F(ModelFiles, thatAreProvenLostCostTheirVersion) {
@@ -165,10 +187,10 @@ TEST_F(ModelFiles, thatAreLostAreMissedOnActivation) {
 TEST_F(ModelFiles, ofRawCachesAreAdoptedOnABudgetOfExactlyTheirSize) {
   const auto& types = kCapability.types();
   const std::string index = R"({"versions":[{"version":1,"models":[]}]})";
-  const Image raw = {{"k1", bytesOf(types[0], 1)},         {"extra/k1", "of the raw file"},
-                     {"a%/b", bytesOf(types[1], 1)},       {"k3", bytesOf(types[2], 1)},
-                     {"k4", bytesOf(types[3], 1)},         {"versioned_index", index},
-                     {"metadata.json", "of the raw cache"}};
+  const Image raw = {{"k1", bytesOf(types[0], 1)},          {"extra/k1", "of the raw file"},
+                     {"a%/b", bytesOf(types[1], 1)},        {"k3", bytesOf(types[2], 1)},
+                     {"k4", bytesOf(types[3], 1)},          {"versioned_index", index},
+                     {"metadata.json", "of the raw cache"}, {"extra/a%/b", "of the raw file"}};
   reopenWith([&](Image& image) { image.insert(raw.begin(), raw.end()); }, kVersionSize);
   store_->deactivate();
   EXPECT_EQ(index, disk_.now()["versioned_index"]) << "until there is a version";
@@ -176,7 +198,7 @@ TEST_F(ModelFiles, ofRawCachesAreAdoptedOnABudgetOfExactlyTheirSize) {
   EXPECT_THAT(update->missing(), IsEmpty());
   update->activate();
   EXPECT_EQ(kVersionSize, store_->sizeBytes());
-  EXPECT_FALSE(has("k1") || has("a%/b") || has("extra/k1"));
+  EXPECT_FALSE(has("k1") || has("a%/") || has("extra/"));
   Image now = disk_.now();
   EXPECT_EQ(bytesOf(types[0], 1), now[nameOf(files1_[0])]);
   EXPECT_EQ("of the raw cache", now["metadata.json"]);

@@ -86,6 +86,18 @@ TEST_F(OwnFiles, areRestoredFromTheIndexIfDigestsMatch) {
   EXPECT_EQ(1, store->snapshot()->active) << "the last intact version";
 }
 
+TEST_F(OwnFiles, thatAreLostCostNoVersionEvenIfTheyCannotBeReplaced) {
+  Image image = good_;
+  image.erase(kTableName);
+  SimulatedDisk disk(image);
+  disk.failOnce("rename", kTableName, ENOSPC);
+  const auto store = openModels(disk);
+  disk.failOnce("rename", kTableName, ENOSPC);
+  EXPECT_EQ(StoreError::Reason::DiskFull, reasonOf([&] { store->activate(1); }));
+  EXPECT_EQ(2, store->snapshot()->active);
+  EXPECT_THAT(store->snapshot()->versions, ElementsAre(1, 2));
+}
+
 TEST_F(OwnFiles, ofANewerReleaseAreLeftAlone) {
   for (const char* name : {kMarkerName, kTableName}) {
     const Image newer = edited(name, "\"format\":1", "\"format\":2");
@@ -97,7 +109,10 @@ TEST_F(OwnFiles, ofANewerReleaseAreLeftAlone) {
 
 TEST_F(OwnFiles, thatContradictThemselvesOrNameOtherFilesAreDamaged) {
   const std::string name = nameOf(filesOf(2)[0]), other = nameOf(filesOf(1)[0]);
-  for (const std::string to : {"../outside", "link/outside", ".lock", "extra", "", other.c_str()}) {
+  const std::string tooLong(256, 'x');
+  for (const std::string& to :
+       {std::string("../outside"), std::string("link/outside"), std::string(".lock"),
+        std::string("extra"), std::string(), other, tooLong}) {
     SCOPED_TRACE(to);
     expectRepaired(edited(kTableName, name, to), kTableName);
   }

@@ -135,6 +135,25 @@ TEST_F(RealDisk, adoptsNoFileWithASecondLink) {
   ::unlink((root_ / "../linked-outside").c_str());
 }
 
+TEST_F(RealDisk, keepsTheOrderOfFilesDatedBeyondNanosecondsAndTheDatesOfLinkedOnes) {
+  const auto date = [this](const char* name, std::int64_t seconds) {
+    root_.write(name, "12345");
+    const timespec time = {static_cast<time_t>(seconds), 0}, times[2] = {time, time};
+    ASSERT_EQ(0, ::utimensat(AT_FDCWD, (root_ / name).c_str(), times, 0));
+  };
+  date("root/in2400", sizeof(time_t) > 4 ? 13'569'465'600 : INT32_MAX);
+  date("root/in1970", 100);
+  date("outside", 100);
+  ASSERT_EQ(0, ::link((root_ / "outside").c_str(), (root_ / "root/linked").c_str()));
+  const auto store = FileStore::open(root_ / "root", 15);
+  store->get("linked");
+  put(*store->write("new"), "12345");
+  EXPECT_THAT(store->keys(), testing::UnorderedElementsAre("in2400", "linked", "new"));
+  struct stat status {};
+  ASSERT_EQ(0, ::stat((root_ / "outside").c_str(), &status));
+  EXPECT_EQ(100, status.st_mtime);
+}
+
 TEST_F(RealDisk, opensDespiteHugeOwnFiles) {
   openFilled();
   for (const char* name : {kTableName, kMarkerName, kIndexName, kLockName}) {
