@@ -30,16 +30,6 @@ class FileCacheTest extends CacheFixture {
                 assertEquals(ByteBuffer.wrap(("extra of " + key).getBytes()), extra));
     }
 
-    @Test
-    void sizesAndBudgetsMayBeBeyondAnInt() throws Exception {
-        Files.createFile(mRoot.resolve("big"));
-        Files.write(mRoot.resolve("metadata.json"), Collections.singleton(
-                "{\"entries\":[{\"key\":\"big\",\"size\":7000000001,\"lastAccess\":1}]}"));
-        mCache = new FileCacheBasicImpl(mRoot.toString(), 7_000_000_002L);
-        put("small", 1);
-        assertEquals(7_000_000_002L, mCache.getSize(), "the budget is just kept");
-    }
-
     @ParameterizedTest
     @CsvSource(delimiter = ' ', quoteCharacter = '`', value = {
         "\uD83D\uDE00.bin \uD83D\uDE00.bin",

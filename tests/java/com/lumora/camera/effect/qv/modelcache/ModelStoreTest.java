@@ -107,8 +107,8 @@ class ModelStoreTest {
         assertEquals(asList(FIRST), mStore.verify());
         assertFails(DAMAGED, () -> mStore.activate(1));
 
-        StoreException io = assertFails(IO,
-                () -> Samples.open(new File(mRoot, String.join("", Collections.nCopies(256, "x")))));
+        File tooLong = new File(mRoot, String.join("", Collections.nCopies(256, "x")));
+        StoreException io = assertFails(IO, () -> Samples.open(tooLong));
         assertEquals(36, io.errno()); // ENAMETOOLONG
     }
 

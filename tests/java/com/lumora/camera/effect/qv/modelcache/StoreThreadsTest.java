@@ -21,20 +21,24 @@ class StoreThreadsTest {
     private final AtomicReference<FileStore> mFiles = new AtomicReference<>();
     private final Map<Executable, Integer> mDone = new ConcurrentHashMap<>();
 
-    private ModelStore openModels() throws IOException {
-        return ModelStore.open(new File(mRoot, "models"), CAPABILITY, 10 * VERSION_SIZE);
-    }
-
-    private FileStore openFiles() throws IOException {
-        return FileStore.open(new File(mRoot, "files"), SIZE);
-    }
-
+    /** Closes what is open, if anything. */
     private <T extends Closeable> void reopen(AtomicReference<T> store, ThrowingSupplier<T> opening)
             throws Throwable {
         synchronized (store) {
-            store.get().close();
+            if (store.get() != null) {
+                store.get().close();
+            }
             store.set(opening.get());
         }
+    }
+
+    private void reopenModels() throws Throwable {
+        reopen(mModels, () -> ModelStore.open(
+                new File(mRoot, "models"), CAPABILITY, 10 * VERSION_SIZE));
+    }
+
+    private void reopenFiles() throws Throwable {
+        reopen(mFiles, () -> FileStore.open(new File(mRoot, "files"), SIZE));
     }
 
     private Executable[] steps(Random random) {
@@ -65,8 +69,8 @@ class StoreThreadsTest {
             () -> mFiles.get().setExtra("own", new byte[1]),
             () -> mFiles.get().extra("own"),
             () -> mFiles.get().remove("own"),
-            () -> reopen(mModels, this::openModels),
-            () -> reopen(mFiles, this::openFiles),
+            this::reopenModels,
+            this::reopenFiles,
         };
     }
 
@@ -89,9 +93,9 @@ class StoreThreadsTest {
     }
 
     @Test
-    void storesServeEightThreads() throws Exception {
-        mModels.set(openModels());
-        mFiles.set(openFiles());
+    void storesServeEightThreads() throws Throwable {
+        reopenModels();
+        reopenFiles();
         update(mModels.get(), 0);
         String seconds = Optional.ofNullable(System.getenv("MODELCACHE_SECONDS")).orElse("3");
         long end = System.nanoTime() + TimeUnit.SECONDS.toNanos(Long.parseLong(seconds));
