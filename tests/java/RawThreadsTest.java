@@ -20,22 +20,21 @@ class RawThreadsTest extends CacheFixture {
 
     /** Runs {@code body} on this thread while it is inside a native call of {@code call}. */
     private void inside(Executable call, Executable body) throws Throwable {
-        Throwable[] failure = {new AssertionError("the call did not fail")};
+        CompletableFuture<Void> inside = new CompletableFuture<>();
         Files.write(mRoot.resolve("metadata.json"), new byte[] {'{'});
         SoftErrors.setListener((file, function, line, severity, category, message) -> {
             SoftErrors.setListener(null);
             try {
                 Files.delete(mRoot.resolve("metadata.json"));
                 body.execute();
-                failure[0] = null;
+                inside.complete(null);
             } catch (Throwable thrown) {
-                failure[0] = thrown;
+                inside.completeExceptionally(thrown);
             }
         });
         call.execute();
-        if (failure[0] != null) {
-            throw failure[0];
-        }
+        assertTrue(inside.isDone(), "the call did not fail");
+        inside.join();
     }
 
     private static <T> T onAnotherThread(Supplier<T> call) {

@@ -45,18 +45,14 @@ public final class Samples {
         return files;
     }
 
-    static void download(Update update, ModelFile file, int version) throws IOException {
-        try (ModelWriter out = update.write(file)) {
-            int offset = (int) out.offset();
-            out.write(bytes(file.type(), version), offset, SIZE - offset);
-            out.commit();
-        }
-    }
-
     static void update(ModelStore store, int version) throws IOException {
         try (Update update = store.begin(version, files(version))) {
             for (ModelFile file : update.missing()) {
-                download(update, file, version);
+                try (ModelWriter out = update.write(file)) {
+                    int offset = (int) out.offset();
+                    out.write(bytes(file.type(), version), offset, SIZE - offset);
+                    out.commit();
+                }
             }
             update.activate();
         }
