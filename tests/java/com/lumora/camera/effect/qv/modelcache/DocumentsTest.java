@@ -81,19 +81,15 @@ public class DocumentsTest {
             assertEquals(source.replaceAll("\n+", "\n"), piece.replaceAll("\n+", "\n"));
             return;
         }
-        List<String> sources = new ArrayList<>();
-        if (isClass) {
-            sources.add(write(shown.group(1), piece));
-        }
         String body = isClass ? DRIVERS.get(shown.group(1)) : piece;
-        sources.add(write("Surroundings", SURROUNDINGS + body + "}}\n"));
-        JavaCompiler compiler = ToolProvider.getSystemJavaCompiler();
+        if (isClass) {
+            write(shown.group(1), piece);
+        }
         ByteArrayOutputStream errors = new ByteArrayOutputStream();
-        List<String> arguments = new ArrayList<>(Arrays.asList("-d", mFolder.getPath(), "-cp",
-                System.getProperty("java.class.path") + ":" + mFolder));
-        arguments.addAll(sources);
-        assertEquals(0, compiler.run(null, errors, errors, arguments.toArray(new String[0])),
-                errors::toString);
+        assertEquals(0, ToolProvider.getSystemJavaCompiler().run(null, errors, errors,
+                "-d", mFolder.getPath(), "-sourcepath", mFolder.getPath(),
+                "-cp", System.getProperty("java.class.path"),
+                write("Surroundings", SURROUNDINGS + body + "}}\n")), errors::toString);
         try (URLClassLoader loader = new URLClassLoader(new URL[] {mFolder.toURI().toURL()});
                 Samples.Told told = new Samples.Told()) {
             loader.loadClass("Surroundings").getMethod("run", File.class)

@@ -7,7 +7,7 @@ import java.io.*;
 import java.nio.file.Files;
 import java.util.*;
 import java.util.concurrent.*;
-import java.util.concurrent.atomic.AtomicReference;
+import java.util.concurrent.atomic.*;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.function.*;
 import org.junit.jupiter.api.io.TempDir;
@@ -100,13 +100,10 @@ class StoreThreadsTest {
         String seconds = Optional.ofNullable(System.getenv("MODELCACHE_SECONDS")).orElse("3");
         long end = System.nanoTime() + TimeUnit.SECONDS.toNanos(Long.parseLong(seconds));
         ExecutorService threads = Executors.newFixedThreadPool(THREADS);
-        List<Future<Void>> results = new ArrayList<>();
+        AtomicInteger seed = new AtomicInteger();
         try (Told told = new Told()) {
-            for (int i = 0; i < THREADS; ++i) {
-                Random random = new Random(i);
-                results.add(threads.submit(() -> work(random, end)));
-            }
-            for (Future<Void> result : results) {
+            for (Future<Void> result : threads.invokeAll(Collections.<Callable<Void>>nCopies(
+                    THREADS, () -> work(new Random(seed.getAndIncrement()), end)))) {
                 result.get();
             }
             assertEquals(Collections.emptyList(), told.messages);
