@@ -7,17 +7,10 @@ import java.util.*;
 import java.util.concurrent.*;
 import java.util.function.Supplier;
 import java.util.stream.IntStream;
-import org.junit.jupiter.api.*;
+import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.function.Executable;
 
 class RawThreadsTest extends CacheFixture {
-    private static final String TYPE = "seg_init_net.pb";
-
-    @AfterEach
-    void stopListening() {
-        SoftErrors.setListener(null);
-    }
-
     /** Runs {@code body} on this thread while it is inside a native call of {@code call}. */
     private void inside(Executable call, Executable body) throws Throwable {
         CompletableFuture<Void> inside = new CompletableFuture<>();
@@ -46,7 +39,8 @@ class RawThreadsTest extends CacheFixture {
         Files.createFile(mRoot.resolve("key"));
         SegmentationModelCache models = new SegmentationModelCache(mCache);
         List<Executable> calls = Arrays.asList(() -> mCache.commit("key"), mCache::getSize,
-                () -> models.getInitNetPath(1), () -> models.addModelForVersionIfInCache(1, "key", TYPE));
+                () -> models.getInitNetPath(1),
+                () -> models.addModelForVersionIfInCache(1, "key", "seg_init_net.pb"));
         for (Executable first : calls) {
             inside(first, () -> {
                 for (Executable second : calls) {
