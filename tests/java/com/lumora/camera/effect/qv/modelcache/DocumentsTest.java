@@ -29,16 +29,18 @@ public class DocumentsTest {
             + "    File root = new File(dir, \"models\");\n";
 
     private static final String FACE_MODELS = "try (ModelServer server = new ModelServer();\n"
-                + "    FaceModels models = new FaceModels(dir)) {\n"
-                + "  models.update(server.manifest(7), (bytes, total) -> {});\n"
-                + "  models.update(server.manifest(8), (bytes, total) -> {});\n"
-                + "  models.goBack(); models.keepOnlyTheActiveVersion();\n"
-                + "  if (models.paths().size() != 4 || !models.isIntact()) throw new Exception(); }";
-    private static final String RAW_FILES = "try (RawFiles files1 = new RawFiles(new File(dir, \"raw\"), 10)) {\n"
-                + "  if (!files1.put(\"a\", out -> out.write(1), Collections.emptyList())\n"
-                + "      || !files1.put(\"b\", out -> out.write(new byte[9]), Arrays.asList(\"a\"))\n"
-                + "      || files1.put(\"c\", out -> out.write(new byte[11]), Arrays.asList(\"a\")))\n"
-                + "    throw new Exception(); }";
+            + "    FaceModels models = new FaceModels(dir)) {\n"
+            + "  models.update(server.manifest(7), (bytes, total) -> {});\n"
+            + "  models.update(server.manifest(8), (bytes, total) -> {});\n"
+            + "  models.goBack(); models.keepOnlyTheActiveVersion();\n"
+            + "  if (models.paths().size() != 4 || !models.isIntact()) throw new Exception(); }";
+
+    private static final String RAW_FILES =
+            "try (RawFiles files1 = new RawFiles(new File(dir, \"raw\"), 10)) {\n"
+            + "  if (!files1.put(\"a\", out -> out.write(1), Collections.emptyList())\n"
+            + "      || !files1.put(\"b\", out -> out.write(new byte[9]), Arrays.asList(\"a\"))\n"
+            + "      || files1.put(\"c\", out -> out.write(new byte[11]), Arrays.asList(\"a\")))\n"
+            + "    throw new Exception(); }";
 
     @TempDir File mFolder;
 

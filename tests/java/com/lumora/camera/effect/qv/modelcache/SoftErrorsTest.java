@@ -66,21 +66,4 @@ class SoftErrorsTest {
             assertEquals(2, calls[0]);
         }
     }
-
-    @Test
-    void aListenerReadsTheStoreThatCallsItAndCannotCloseIt() throws Exception {
-        int[] calls = {0};
-        try (ModelStore store = Samples.open(mRoot.toFile())) {
-            SoftErrors.setListener((file, function, line, severity, category, message) -> {
-                assertEquals(0, store.paths().size());
-                assertThrows(IllegalStateException.class, store::close);
-                ++calls[0];
-            });
-            ModelFile file = Samples.files(1).get(0);
-            Files.write(mRoot.resolve(".part-" + file.sha256() + "-" + file.type()),
-                    new byte[Samples.SIZE]); // which begin drops
-            store.begin(1, Samples.files(1)).close();
-        }
-        assertEquals(1, calls[0]);
-    }
 }
