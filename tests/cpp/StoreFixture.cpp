@@ -2,8 +2,8 @@
 // models with these versions, the last one active, and a store of two files at ROOT.files. With
 // "hold", begins an update, writes part of a file, says so, and waits for input or to be killed.
 
+#include <cstdio>
 #include <iostream>
-#include <sstream>
 
 #include "modelcache/modelcache.h"
 #include "store/OpenSslDigest.h"
@@ -32,14 +32,12 @@ int main(int count, char** arguments) {
   write(*files->write("b"), "abc");
   const auto store = ModelStore::open(arguments[1], Capability::segmentation(), 1000);
   for (int i = 2; i < count; ++i) {
-    std::istringstream words(arguments[i]);
     int version = 0;
-    char colon = 0;
-    std::string first, second;
-    if (words >> version >> colon && std::getline(words, first, ',') && words >> second) {
+    char first[10], second[10];
+    if (std::sscanf(arguments[i], "%d:%9[^,],%9s", &version, first, second) == 3) {
       const auto update = store->begin(version, {fileOf(0, first), fileOf(1, second)});
       for (const ModelFile& file : update->missing()) {
-        write(*update->write(file), file.type() == fileOf(0, "").type() ? first : second);
+        write(*update->write(file), file == fileOf(0, first) ? first : second);
       }
       update->activate();
     } else {

@@ -3,7 +3,6 @@ import static org.junit.jupiter.api.Assertions.*;
 
 import com.lumora.camera.effect.qv.modelcache.FileCacheBasicImpl;
 import com.zentrel.jni.*;
-import com.zentrel.nexboot.MergedSoMapping;
 import com.zentrel.vistabase.assets.modelcache.facetracker.FacetrackerModelCache;
 import com.zentrel.vistabase.assets.modelcache.segmentation.SegmentationModelCache;
 import com.zentrel.vistabase.assets.tesselcache.*;
@@ -26,7 +25,7 @@ class BindingsTest extends CacheFixture {
 
     @ParameterizedTest
     @CsvSource({FACETRACKER, SEGMENTATION})
-    void aVersionHasPathsFromItsLastFileOn(String capability, String types, String getters)
+    void aVersionHasPathsOnceAllItsFilesAreAdded(String capability, String types, String getters)
             throws Exception {
         openModels(capability);
         List<String> expected = new ArrayList<>();
@@ -59,7 +58,7 @@ class BindingsTest extends CacheFixture {
         "segmentation, add, Failed to add segmentation models: Could not add model into the cache",
         "segmentation, trim, Failed to trim segmentation models: Could not query versions",
     })
-    void aDamagedIndexFailsUntilItIsMended(String capability, String name, String prefix)
+    void callsFailWhileTheIndexIsDamaged(String capability, String name, String prefix)
             throws Exception {
         openModels(capability);
         Path index = mRoot.resolve("versioned_index");
@@ -100,7 +99,7 @@ class BindingsTest extends CacheFixture {
 
     @ParameterizedTest
     @MethodSource("natives")
-    void everyNativeRefusesAPeerThatIsReleasedOrForeign(Method method) throws Exception {
+    void everyNativeRefusesAReleasedOrForeignPeer(Method method) throws Exception {
         if (Arrays.asList(method.getParameterTypes()).contains(long.class)) {
             return; // It uses no peer.
         }
@@ -139,7 +138,7 @@ class BindingsTest extends CacheFixture {
     }
 
     @Test
-    void peersThatNobodyReleasesAreFreedAfterCollection() throws Exception {
+    void peersThatNobodyReleasesAreFreedOnceCollected() throws Exception {
         Object peer = field(HybridClassBase.class, "mHybridData")
                 .get(new FileCacheBasicImpl(mRoot.toString(), 1));
         Object destructor = field(HybridData.class, "mDestructor").get(peer);
@@ -157,17 +156,10 @@ class BindingsTest extends CacheFixture {
     }
 
     @Test
-    void aRootThatSystemCallsWouldMisreadIsRefused() {
+    void aRootThatIsEmptyOrHasAZeroByteIsRefused() {
         for (String root : new String[] {"", mRoot + "\0x"}) {
             assertThrows(IllegalArgumentException.class, () -> new FileCacheBasicImpl(root, 1));
         }
-    }
-
-    @Test
-    void onlyMergedLibrariesLoad() {
-        MergedSoMapping.load("libardcache-jni.so");
-        MergedSoMapping.load("libardcache-jni.so");
-        assertThrows(UnsatisfiedLinkError.class, () -> MergedSoMapping.load("libardcache-jni"));
     }
 
     private void openModels(String capability) {

@@ -73,6 +73,10 @@ class ModelDownloaderTest {
         return ModelServer.send(end);
     }
 
+    private static ModelServer.Answer status(int status, String... header) {
+        return ModelServer.status(status, header);
+    }
+
     private static ModelServer.Answer sendWithoutRange(int end) {
         return (exchange, file, offset) -> send(end).to(exchange, file, 0);
     }
@@ -90,10 +94,6 @@ class ModelDownloaderTest {
             throws IOException {
         file[SIZE - 1] ^= 1;
         send(SIZE).to(exchange, file, offset);
-    }
-
-    private static ModelServer.Answer status(int status, String... header) {
-        return ModelServer.status(status, header);
     }
 
     static Stream<Arguments> servers() {
@@ -143,44 +143,42 @@ class ModelDownloaderTest {
 
     @ParameterizedTest(name = "interrupted: {0}, waiting to retry: {1}")
     @CsvSource({"true, true", "true, false", "false, true", "false, false"})
-    void endsHalfWayAndIsResumed(boolean isInterrupted, boolean isWaiting) throws Exception {
-        CountDownLatch isHalfWay = new CountDownLatch(1);
+    void endsHalfWayAndIsResumed(boolean isInterrupted, boolean isWaiting) throws IOException {
         CountDownLatch isTold = new CountDownLatch(1);
         mServer.answers.add(isWaiting ? send(HALF) : (exchange, file, offset) -> {
             send(HALF).to(exchange, file, 0);
             assertDoesNotThrow(() -> isTold.await());
             exchange.getResponseBody().write(file, HALF, SIZE - HALF);
         });
+        Thread downloading = Thread.currentThread();
+        ModelDownloader[] downloader = {null};
+        Thread ending = new Thread(() -> {
+            if (isInterrupted) {
+                downloading.interrupt();
+            } else {
+                downloader[0].cancel();
+            }
+            isTold.countDown();
+        });
         BackOff slow = new BackOff() {
             @Override
             public long millisAfter(int failures, IOException failure) {
-                isHalfWay.countDown();
+                if (isWaiting) {
+                    ending.start();
+                }
                 return 60_000;
             }
         };
-        ModelDownloader downloader = new ModelDownloader(mStore, slow, (bytes, total) -> {
+        downloader[0] = new ModelDownloader(mStore, slow, (bytes, total) -> {
             if (bytes == HALF && !isWaiting) {
-                isHalfWay.countDown();
+                ending.start();
             }
         });
         Manifest manifest = Manifest.fetch(mServer.manifest(7));
-        FutureTask<Boolean> wasInterrupted = new FutureTask<>(() -> {
-            Exception ended = assertThrows(Exception.class, () -> downloader.update(manifest));
-            isHalfWay.countDown();
-            assertEquals(isInterrupted ? InterruptedIOException.class : CancellationException.class,
-                    ended.getClass());
-            return Thread.interrupted();
-        });
-        Thread thread = new Thread(wasInterrupted);
-        thread.start();
-        isHalfWay.await();
-        if (isInterrupted) {
-            thread.interrupt();
-        } else {
-            downloader.cancel();
-        }
-        isTold.countDown();
-        assertEquals(isInterrupted, wasInterrupted.get());
+        Exception ended = assertThrows(Exception.class, () -> downloader[0].update(manifest));
+        assertEquals(isInterrupted ? InterruptedIOException.class : CancellationException.class,
+                ended.getClass());
+        assertEquals(isInterrupted, Thread.interrupted());
         assertEquals("updated", update());
         assertEquals(asList(0, HALF), mServer.offsets);
         assertEquals(4 * SIZE - HALF, mProgress.get(0));

@@ -28,21 +28,19 @@ public class DocumentsTest {
             + "    List<ModelFile> files = Samples.files(7);\n"
             + "    File root = new File(dir, \"models\");\n";
 
-    private static final Map<String, String> DRIVERS = new HashMap<>();
+    private static final String FACE_MODELS = "try (ModelServer server = new ModelServer();\n"
+            + "    FaceModels models = new FaceModels(dir)) {\n"
+            + "  models.update(server.manifest(7), (bytes, total) -> {});\n"
+            + "  models.update(server.manifest(8), (bytes, total) -> {});\n"
+            + "  models.goBack(); models.keepOnlyTheActiveVersion();\n"
+            + "  if (models.paths().size() != 4 || !models.isIntact()) throw new Exception(); }";
 
-    static {
-        DRIVERS.put("FaceModels", "try (ModelServer server = new ModelServer();\n"
-                + "    FaceModels models = new FaceModels(dir)) {\n"
-                + "  models.update(server.manifest(7), (bytes, total) -> {});\n"
-                + "  models.update(server.manifest(8), (bytes, total) -> {});\n"
-                + "  models.goBack(); models.keepOnlyTheActiveVersion();\n"
-                + "  if (models.paths().size() != 4 || !models.isIntact()) throw new Exception(); }");
-        DRIVERS.put("RawFiles", "try (RawFiles files1 = new RawFiles(new File(dir, \"raw\"), 10)) {\n"
-                + "  if (!files1.put(\"a\", out -> out.write(1), Collections.emptyList())\n"
-                + "      || !files1.put(\"b\", out -> out.write(new byte[9]), Arrays.asList(\"a\"))\n"
-                + "      || files1.put(\"c\", out -> out.write(new byte[11]), Arrays.asList(\"a\")))\n"
-                + "    throw new Exception(); }");
-    }
+    private static final String RAW_FILES =
+            "try (RawFiles files1 = new RawFiles(new File(dir, \"raw\"), 10)) {\n"
+            + "  if (!files1.put(\"a\", out -> out.write(1), Collections.emptyList())\n"
+            + "      || !files1.put(\"b\", out -> out.write(new byte[9]), Arrays.asList(\"a\"))\n"
+            + "      || files1.put(\"c\", out -> out.write(new byte[11]), Arrays.asList(\"a\")))\n"
+            + "    throw new Exception(); }";
 
     @TempDir File mFolder;
 
@@ -81,19 +79,16 @@ public class DocumentsTest {
             assertEquals(source.replaceAll("\n+", "\n"), piece.replaceAll("\n+", "\n"));
             return;
         }
-        List<String> sources = new ArrayList<>();
+        String body = !isClass ? piece
+                : shown.group(1).equals("RawFiles") ? RAW_FILES : FACE_MODELS;
         if (isClass) {
-            sources.add(write(shown.group(1), piece));
+            write(shown.group(1), piece);
         }
-        String body = isClass ? DRIVERS.get(shown.group(1)) : piece;
-        sources.add(write("Surroundings", SURROUNDINGS + body + "}}\n"));
-        JavaCompiler compiler = ToolProvider.getSystemJavaCompiler();
         ByteArrayOutputStream errors = new ByteArrayOutputStream();
-        List<String> arguments = new ArrayList<>(Arrays.asList("-d", mFolder.getPath(), "-cp",
-                System.getProperty("java.class.path") + ":" + mFolder));
-        arguments.addAll(sources);
-        assertEquals(0, compiler.run(null, errors, errors, arguments.toArray(new String[0])),
-                errors::toString);
+        assertEquals(0, ToolProvider.getSystemJavaCompiler().run(null, errors, errors,
+                "-d", mFolder.getPath(), "-sourcepath", mFolder.getPath(),
+                "-cp", System.getProperty("java.class.path"),
+                write("Surroundings", SURROUNDINGS + body + "}}\n")), errors::toString);
         try (URLClassLoader loader = new URLClassLoader(new URL[] {mFolder.toURI().toURL()});
                 Samples.Told told = new Samples.Told()) {
             loader.loadClass("Surroundings").getMethod("run", File.class)

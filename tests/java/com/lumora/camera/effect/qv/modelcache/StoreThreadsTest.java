@@ -7,12 +7,12 @@ import java.io.*;
 import java.nio.file.Files;
 import java.util.*;
 import java.util.concurrent.*;
-import java.util.concurrent.atomic.AtomicReference;
+import java.util.concurrent.atomic.*;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.function.*;
 import org.junit.jupiter.api.io.TempDir;
 
-/** Eight threads call into both stores for MODELCACHE_SECONDS, while these are closed and reopened. */
+/** Eight threads use both stores for MODELCACHE_SECONDS, while these are closed and reopened. */
 class StoreThreadsTest {
     private static final int THREADS = 8;
 
@@ -21,20 +21,24 @@ class StoreThreadsTest {
     private final AtomicReference<FileStore> mFiles = new AtomicReference<>();
     private final Map<Executable, Integer> mDone = new ConcurrentHashMap<>();
 
-    private ModelStore openModels() throws IOException {
-        return ModelStore.open(new File(mRoot, "models"), CAPABILITY, 10 * VERSION_SIZE);
-    }
-
-    private FileStore openFiles() throws IOException {
-        return FileStore.open(new File(mRoot, "files"), SIZE);
-    }
-
+    /** Closes what is open, if anything. */
     private <T extends Closeable> void reopen(AtomicReference<T> store, ThrowingSupplier<T> opening)
             throws Throwable {
         synchronized (store) {
-            store.get().close();
+            if (store.get() != null) {
+                store.get().close();
+            }
             store.set(opening.get());
         }
+    }
+
+    private void reopenModels() throws Throwable {
+        reopen(mModels, () -> ModelStore.open(
+                new File(mRoot, "models"), CAPABILITY, 10 * VERSION_SIZE));
+    }
+
+    private void reopenFiles() throws Throwable {
+        reopen(mFiles, () -> FileStore.open(new File(mRoot, "files"), SIZE));
     }
 
     private Executable[] steps(Random random) {
@@ -56,17 +60,9 @@ class StoreThreadsTest {
                         (asked, out) -> out.write(asked.getBytes("UTF-8")));
                 assertEquals(key, new String(Files.readAllBytes(file.toPath()), "UTF-8"));
             },
-            () -> {
-                try (EntryWriter out = mFiles.get().write("own")) {
-                    out.write(new byte[10]);
-                    out.commit();
-                }
-            },
-            () -> mFiles.get().setExtra("own", new byte[1]),
-            () -> mFiles.get().extra("own"),
-            () -> mFiles.get().remove("own"),
-            () -> reopen(mModels, this::openModels),
-            () -> reopen(mFiles, this::openFiles),
+            () -> mFiles.get().setExtra("key0", new byte[1]),
+            this::reopenModels,
+            this::reopenFiles,
         };
     }
 
@@ -89,20 +85,17 @@ class StoreThreadsTest {
     }
 
     @Test
-    void storesServeEightThreads() throws Exception {
-        mModels.set(openModels());
-        mFiles.set(openFiles());
+    void storesServeEightThreads() throws Throwable {
+        reopenModels();
+        reopenFiles();
         update(mModels.get(), 0);
         String seconds = Optional.ofNullable(System.getenv("MODELCACHE_SECONDS")).orElse("3");
         long end = System.nanoTime() + TimeUnit.SECONDS.toNanos(Long.parseLong(seconds));
         ExecutorService threads = Executors.newFixedThreadPool(THREADS);
-        List<Future<Void>> results = new ArrayList<>();
+        AtomicInteger seed = new AtomicInteger();
         try (Told told = new Told()) {
-            for (int i = 0; i < THREADS; ++i) {
-                Random random = new Random(i);
-                results.add(threads.submit(() -> work(random, end)));
-            }
-            for (Future<Void> result : results) {
+            for (Future<Void> result : threads.invokeAll(Collections.<Callable<Void>>nCopies(
+                    THREADS, () -> work(new Random(seed.getAndIncrement()), end)))) {
                 result.get();
             }
             assertEquals(Collections.emptyList(), told.messages);
