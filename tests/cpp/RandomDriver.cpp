@@ -10,9 +10,9 @@
 
 #include "delivery/FileCache/CacheMetadata.h"
 #include "delivery/FileCache/createFileCache.h"
+#include "tests/cpp/Errors.h"
 #include "tests/cpp/RandomFileStore.h"
 #include "tests/cpp/Seed.h"
-#include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 #include "tests/cpp/reading.h"
 

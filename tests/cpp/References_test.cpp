@@ -4,7 +4,7 @@
 #include "delivery/Storage/IFilesystemOperations.h"
 #include "support/util/memory/shared_ref.h"
 #include "support/util/memory/unique_ref.h"
-#include "tests/cpp/SoftErrorRecorder.h"
+#include "tests/cpp/Errors.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "tests/cpp/SoftErrorRecorder.h"
+#include "tests/cpp/Errors.h"
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include "delivery/ModelCache/SegmentationModelCache.h"
 #include "tests/cpp/Errors.h"
 #include "tests/cpp/ObservedStorage.h"
-#include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 #include "tests/cpp/reading.h"
 
@@ -35,18 +34,8 @@ class VersionedModelCacheTest : public testing::Test {
   void writeIndex(const CacheDescriptor& descriptor) {
     root_.write("versioned_index", CacheDescriptorSerializer().serialize(descriptor));
   }
-  /// The index in short: "1: t=a u=b; 2: t=a; "
   std::string index() {
-    const auto descriptor = CacheDescriptorSerializer().deserialize(root_.read("versioned_index"));
-    std::string text;
-    for (const VersionRecord& version : descriptor->versions) {
-      text += std::to_string(version.version) + ":";
-      for (const ModelRecord& model : version.models) {
-        text += " " + model.type + "=" + model.cacheKey;
-      }
-      text += "; ";
-    }
-    return text;
+    return meaning(*CacheDescriptorSerializer().deserialize(root_.read("versioned_index")));
   }
   /// The entries promoted since the last call.
   std::string takePromoted() {

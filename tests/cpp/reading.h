@@ -3,7 +3,6 @@
 #include <map>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "delivery/FileCache/CacheMetadataSerializer.h"
 #include "delivery/ModelCache/CacheDescriptorSerializer.h"
@@ -19,15 +18,17 @@ inline auto meaning(const ICacheMetadata& metadata) {
   return records;
 }
 
-inline auto meaning(const CacheDescriptor& descriptor) {
-  std::vector<std::string> records;
+/// In short: "1: t=a u=b; 2: t=a; "
+inline std::string meaning(const CacheDescriptor& descriptor) {
+  std::string text;
   for (const VersionRecord& version : descriptor.versions) {
-    records.push_back(std::to_string(version.version));
+    text += std::to_string(version.version) + ":";
     for (const ModelRecord& model : version.models) {
-      records.push_back(model.type + '\0' + model.cacheKey);
+      text += " " + model.type + "=" + model.cacheKey;
     }
+    text += "; ";
   }
-  return records;
+  return text;
 }
 
 enum class Reading { Accepted, Refused, Wrong };
