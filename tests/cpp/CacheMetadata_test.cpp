@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <limits>
 
 #include "delivery/FileCache/CacheEvictor.h"
@@ -42,7 +41,7 @@ TEST(CacheMetadata, keepsTheFirstOfRepeatedNamesButCountsAllInAWrappingTotal) {
 
 /// Another implementation, whose records cannot be read.
 struct UnreadableMetadata : ICacheMetadata {
-  explicit UnreadableMetadata(std::function<void()> thrower) : fail(std::move(thrower)) {}
+  explicit UnreadableMetadata(bool isKnown) : throwsKnown(isKnown) {}
   std::int64_t getTotalSize() const override { return 0; }
   void lockEntry(const std::string&) override {}
   void unlockEntry(const std::string&) override {}
@@ -51,17 +50,15 @@ struct UnreadableMetadata : ICacheMetadata {
   bool hasEntry(const std::string&) const override { return true; }
   void removeEntry(const std::string&) override {}
   void clearEntries() override {}
-  Entries getEntries() const override { return fail(), Entries(); }
-  std::function<void()> fail;
+  Entries getEntries() const override { throwsKnown ? throw std::runtime_error("x") : throw 1; }
+  const bool throwsKnown;
 };
 
 TEST(CacheMetadataSerializer, describesWhatAnotherImplementationOfMetadataThrows) {
-  CacheMetadataSerializer serializer;
-  const UnreadableMetadata known([] { throw std::runtime_error("x"); }), unknown([] { throw 1; });
   EXPECT_EQ("Serializing the cache metadata failed with exception: x",
-            errorOf([&] { serializer.serialize(known); }));
+            errorOf([&] { CacheMetadataSerializer().serialize(UnreadableMetadata(true)); }));
   EXPECT_EQ("Serializing the cache descriptor failed",
-            errorOf([&] { serializer.serialize(unknown); }));
+            errorOf([&] { CacheMetadataSerializer().serialize(UnreadableMetadata(false)); }));
 }
 
 TEST(CacheEvictor, evictsLockedEntriesTooUntilTheRestFits) {

@@ -54,10 +54,6 @@ const FileCacheCall kFileCacheCalls[] = {
 
 enum class Faults { One, OneUnknown, FromThereOn };
 
-std::ptrdiff_t openDescriptors() {
-  return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
 /// Gives flushExtra something that can fail.
 struct FlushingCache final : FileCacheImpl {
   using FileCacheImpl::FileCacheImpl;
