@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "store/OpenSslDigest.h"
 #include "store/StoreError.h"
 
 namespace zentrel::vistabase::ardelivery {
