@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 
-#include "support/json/CompactJson.h"
 #include "support/json/JsonValue.h"
 #include "tests/cpp/Errors.h"
 #include "tests/cpp/reading.h"
@@ -131,17 +130,6 @@ TEST(JsonValue, convertsScalarsStrictly) {
   const auto toInt32 = [](const JsonValue& v) { return std::to_string(json::toInt32(v)); };
   EXPECT_EQ("-2147483648", outcome(toInt32, "-2147483648"));
   EXPECT_EQ("conversion error: 2147483648 is not a 32-bit integer", outcome(toInt32, "2147483648"));
-}
-
-TEST(JsonValue, keepsAllBytesHoweverTheyAreWritten) {
-  std::string bytes;
-  for (int byte = 0; byte < 256; ++byte) {
-    bytes += static_cast<char>(byte);
-  }
-  std::string appended;
-  json::appendString(appended, bytes);
-  EXPECT_EQ(json::write(JsonValue(bytes)), appended);
-  EXPECT_EQ(bytes, json::toString(json::parse(appended)));
 }
 
 }  // namespace
