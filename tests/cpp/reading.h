@@ -39,26 +39,25 @@ enum class Reading { Accepted, Refused, Wrong };
 template <class Serializer>
 Reading readingOf(const std::string& text) {
   Serializer serializer;
-  const std::string spaced = text.empty() ? text : " " + text;
-  try {
-    const auto document = serializer.deserialize(text);
-    const auto again = serializer.deserialize(serializer.serialize(*document));
-    const bool isSame = meaning(*again) == meaning(*document) &&
-                        meaning(*serializer.deserialize(spaced)) == meaning(*document);
-    return isSame ? Reading::Accepted : Reading::Wrong;
-  } catch (const std::runtime_error& error) {
-    // Messages end at the first zero byte.
-    const std::string expected = "Deserializing failed: '" + text + "' with exception: ";
-    if (std::string(error.what()).find(expected.c_str()) != 0) {
-      return Reading::Wrong;
+  int accepted = 0;
+  for (const std::string& each : {text, text.empty() ? text : " " + text}) {
+    try {
+      const auto document = serializer.deserialize(each);
+      const auto again = serializer.deserialize(serializer.serialize(*document));
+      if (meaning(*again) != meaning(*document) ||
+          meaning(*serializer.deserialize(text)) != meaning(*document)) {
+        return Reading::Wrong;
+      }
+      ++accepted;
+    } catch (const std::runtime_error& error) {
+      // Messages end at the first zero byte.
+      const std::string expected = "Deserializing failed: '" + each + "' with exception: ";
+      if (std::string(error.what()).find(expected.c_str()) != 0) {
+        return Reading::Wrong;
+      }
     }
   }
-  try {
-    serializer.deserialize(spaced);
-    return Reading::Wrong;
-  } catch (const std::runtime_error&) {
-    return Reading::Refused;
-  }
+  return accepted == 1 ? Reading::Wrong : accepted == 2 ? Reading::Accepted : Reading::Refused;
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -35,8 +35,6 @@ class Life {
       strike(name, isChange);
     };
   }
-  Life(const Life&) = delete;
-  Life& operator=(const Life&) = delete;
   virtual ~Life() = default;
 
   virtual void live() = 0;

@@ -69,15 +69,12 @@ void SimulatedDisk::noteWrite(const NodePtr& node) {
 
 void SimulatedDisk::sync(const NodePtr& node) {
   node->syncedBytes = node->bytes;
-  std::vector<Change> rest;
-  for (const Change& each : pending_) {
-    if ((each.isWrite() ? each.node : each.to ? each.to : each.from) == node) {
-      apply(each, [](Node& directory) -> Names& { return directory.syncedNames; });
-    } else {
-      rest.push_back(each);
-    }
-  }
-  pending_ = std::move(rest);
+  const auto isSynced = [&node](const Change& each) {
+    const bool isIt = (each.isWrite() ? each.node : each.to ? each.to : each.from) == node;
+    isIt ? apply(each, [](Node& directory) -> Names& { return directory.syncedNames; }) : void();
+    return isIt;
+  };
+  pending_.erase(std::remove_if(pending_.begin(), pending_.end(), isSynced), pending_.end());
 }
 
 Image SimulatedDisk::imageAfter(const std::vector<int>& choices) const {

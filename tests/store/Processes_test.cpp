@@ -39,8 +39,6 @@ class Child {
     }
     ::close(channel_[1]);
   }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
   ~Child() {
     ::kill(process, SIGKILL);
     int status = 0;

@@ -89,8 +89,6 @@ class SoftErrors {
     count = 0;
     softerror::setSink({[](const softerror::Report&, void*) { ++count; }});
   }
-  SoftErrors(const SoftErrors&) = delete;
-  SoftErrors& operator=(const SoftErrors&) = delete;
   ~SoftErrors() { softerror::setSink({}); }
 
   static inline std::atomic<int> count = 0;
