@@ -130,13 +130,13 @@ class Driver {
   }
   bool getCacheEntry() {
     const Records records = model_.reload();
-    const std::int64_t start = std::time(nullptr);
+    const std::int64_t start = std::time(nullptr);  // Which lags by some milliseconds.
     const bool same = (cache_->getCacheEntry(key_) != nullptr) == isThere_;
     const auto stored = disk().stored.value_or(Records());
     model_.stored = isThere_ ? records : model_.stored;
     if (isThere_ && records.count(name_) != 0 && stored.count(name_) != 0) {
       const std::int64_t time = stored.at(name_).second;
-      const bool isNow = time >= 1000 * start && time <= 1000 * (std::time(nullptr) + 1);
+      const bool isNow = time >= 1000 * start && time < 1000 * (std::time(nullptr) + 2);
       model_.stored->at(name_).second = isNow ? time : -1;
     }
     return same;

@@ -104,8 +104,8 @@ class Life {
 template <class Kind>
 void liveWithEachFault(const Image& image) {
   const samples::SoftErrors softErrors;
-  CheckedStates states;
   for (const int fault : {int{kNone}, EIO, ENOSPC, EDQUOT, int{kOutOfMemory}, int{kDeath}}) {
+    CheckedStates states;
     bool hasStruck = true;
     for (int call = 1; hasStruck && !testing::Test::HasFailure(); ++call) {
       SCOPED_TRACE("fault " + std::to_string(fault) + " in call " + std::to_string(call));
@@ -113,8 +113,8 @@ void liveWithEachFault(const Image& image) {
       life.live();
       hasStruck = life.hasStruck();
     }
+    std::cout << states.seen.size() << " states, " << states.leftOut << " combinations left out\n";
   }
-  std::cout << states.seen.size() << " states, " << states.leftOut << " combinations left out\n";
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -60,7 +60,8 @@ TEST_F(ModelStoreTest, keepsShortBytesForALaterProcessAndDropsWrongOnes) {
                {good + "!", Reason::WrongContent, 0},
                {bytesOf(files1_[0].type(), 7), Reason::WrongContent, 0}};
   for (const auto& [bytes, reason, offset] : cases) {
-    const auto out = store_->begin(1, files1_)->write(files1_[0]);
+    const auto update = store_->begin(1, files1_);
+    const auto out = update->write(files1_[0]);
     out->restart();
     EXPECT_EQ(reason, reasonOf([&, &sent = bytes] { put(*out, sent); })) << bytes;
     EXPECT_EQ(Reason::Io, reasonOf([&] { out->write("!", 1); })) << "the writer is closed";
