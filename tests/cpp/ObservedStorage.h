@@ -15,34 +15,26 @@ namespace zentrel::vistabase::ardelivery {
 using Hook = std::function<void(const std::string& operation)>;
 
 struct ObservedFilesystem : IFilesystemOperations {
-  using Path = boost::filesystem::path;
+  using Path = const boost::filesystem::path&;
+  using Names = std::unordered_set<std::string>;
   explicit ObservedFilesystem(const Hook& hook) : on(hook) {}
-  bool isFile(const Path& path) override { return on(__func__), real.isFile(path); }
-  bool exists(const Path& path) override { return on(__func__), real.exists(path); }
-  bool remove(const Path& path) override { return on(__func__), real.remove(path); }
-  bool removeAll(const Path& path) override { return on(__func__), real.removeAll(path); }
-  std::uint64_t getSize(const Path& path) override { return on(__func__), real.getSize(path); }
-  bool createDirectories(const Path& path) override {
-    return on(__func__), real.createDirectories(path);
-  }
-  std::unordered_set<std::string> listDirectory(const Path& path) override {
-    return on(__func__), real.listDirectory(path);
-  }
+  bool isFile(Path path) override { return on(__func__), real.isFile(path); }
+  bool exists(Path path) override { return on(__func__), real.exists(path); }
+  bool remove(Path path) override { return on(__func__), real.remove(path); }
+  bool removeAll(Path path) override { return on(__func__), real.removeAll(path); }
+  std::uint64_t getSize(Path path) override { return on(__func__), real.getSize(path); }
+  bool createDirectories(Path path) override { return on(__func__), real.createDirectories(path); }
+  Names listDirectory(Path path) override { return on(__func__), real.listDirectory(path); }
   const Hook& on;
   FilesystemOperations real;
 };
 
 struct ObservedFileIO : IFileIO {
+  using Text = const std::string&;
   explicit ObservedFileIO(const Hook& hook) : on(hook) {}
-  std::string readFile(const std::string& path) override {
-    return on(__func__), real.readFile(path);
-  }
-  void writeFile(const std::string& path, const std::string& content) override {
-    on(__func__), real.writeFile(path, content);
-  }
-  void moveFile(const std::string& from, const std::string& to) override {
-    on(__func__), real.moveFile(from, to);
-  }
+  std::string readFile(Text path) override { return on(__func__), real.readFile(path); }
+  void writeFile(Text path, Text content) override { on(__func__), real.writeFile(path, content); }
+  void moveFile(Text from, Text to) override { on(__func__), real.moveFile(from, to); }
   const Hook& on;
   FileIO real;
 };

@@ -3,16 +3,17 @@
 // prints the seed; MODELCACHE_SEED replays it.
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <iostream>
+#include <numeric>
 #include <optional>
 #include <tuple>
 
 #include "delivery/FileCache/CacheMetadata.h"
 #include "delivery/FileCache/createFileCache.h"
+#include "tests/cpp/Errors.h"
 #include "tests/cpp/RandomFileStore.h"
 #include "tests/cpp/Seed.h"
-#include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 #include "tests/cpp/reading.h"
 
@@ -25,21 +26,13 @@ using Records = std::map<std::string, std::pair<std::int64_t, std::int64_t>>;  /
 constexpr std::int64_t kBudget = 100;
 const std::vector<std::string> kKeys = {"a", "b", "c", "d:", "%e", "\xFFg", "h..i", "dir", ".dot"};
 
-std::int64_t now() {
-  const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count();
-}
-
 std::string escaped(const std::string& key) {
   return key == "d:" ? "d%:" : key == "d%:" ? "d%%:" : key;
 }
 
 std::int64_t total(const Records& records) {
-  std::int64_t sum = 0;
-  for (const auto& [name, record] : records) {
-    sum += record.first;
-  }
-  return sum;
+  const auto add = [](std::int64_t sum, auto& each) { return sum + each.second.first; };
+  return std::accumulate(records.begin(), records.end(), std::int64_t{0}, add);
 }
 
 /// What the root should contain, in the simplest form.
@@ -107,9 +100,8 @@ class Driver {
     key_ = kKeys[pick(kKeys.size())];
     name_ = escaped(key_);
     isThere_ = model_.files.count(name_) != 0;
-    const std::int64_t start = now();
     const bool same = (this->*steps[pick(std::size(steps))])();
-    return same && errors_.take().empty() && diskIsAsExpected(start);
+    return same && errors_.take().empty() && disk().all() == model_.all();
   }
 
  private:
@@ -138,11 +130,16 @@ class Driver {
   }
   bool getCacheEntry() {
     const Records records = model_.reload();
-    if (isThere_) {
-      model_.stored = records;
-      touched_ = name_;
+    const std::int64_t start = std::time(nullptr);  // Which lags by some milliseconds.
+    const bool same = (cache_->getCacheEntry(key_) != nullptr) == isThere_;
+    const auto stored = disk().stored.value_or(Records());
+    model_.stored = isThere_ ? records : model_.stored;
+    if (isThere_ && records.count(name_) != 0 && stored.count(name_) != 0) {
+      const std::int64_t time = stored.at(name_).second;
+      const bool isNow = time >= 1000 * start && time < 1000 * (std::time(nullptr) + 2);
+      model_.stored->at(name_).second = isNow ? time : -1;
     }
-    return (cache_->getCacheEntry(key_) != nullptr) == isThere_;
+    return same;
   }
   bool getCacheEntryWithoutPromotion() {
     return (cache_->getCacheEntryWithoutPromotion(key_) != nullptr) == isThere_;
@@ -231,23 +228,13 @@ class Driver {
     return disk;
   }
 
-  bool diskIsAsExpected(std::int64_t start) {
-    const Model actual = disk();
-    const std::string touched = std::exchange(touched_, "");
-    if (actual.stored && actual.stored->count(touched) != 0 && model_.stored->count(touched) != 0) {
-      const std::int64_t time = actual.stored->at(touched).second;
-      (*model_.stored)[touched].second = time >= start && time <= now() ? time : -1;
-    }
-    return actual.all() == model_.all();
-  }
-
   std::mt19937 random_;
   SoftErrorRecorder errors_;
   TemporaryDirectory root_;
   std::shared_ptr<IFileCache> cache_ = createFileCache(root_.path(), kBudget);
   Model model_;
-  std::string key_, name_, touched_;  // Of this step.
-  bool isThere_ = false;              // Whether the key has a file.
+  std::string key_, name_;  // Of this step.
+  bool isThere_ = false;    // Whether the key has a file.
 };
 
 }  // namespace

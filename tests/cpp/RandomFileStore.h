@@ -44,14 +44,12 @@ class FileStoreDriver {
 
   /// Writes everything; with a prefix, known content, which may be resumed and left incomplete.
   bool write(const std::string& whole, std::string_view prefix) {
-    const auto digest = disk_.environment().newDigest();
-    digest->update(whole.data(), whole.size());
-    const std::string sha256 = digest->finish(), part = std::string(prefix) + sha256;
+    const std::string digest = sha256(whole), part = std::string(prefix) + digest;
     const auto size = static_cast<std::int64_t>(whole.size());
     std::unique_ptr<EntryWriter> out;
     const bool isTooLarge = !prefix.empty() && whole.size() > budget_;
     const bool isOpen = succeeds(
-        [&] { out = prefix.empty() ? store_->write(key_) : store_->write(key_, size, sha256); });
+        [&] { out = prefix.empty() ? store_->write(key_) : store_->write(key_, size, digest); });
     if (isTooLarge || !isOpen) {
       return isTooLarge != isOpen;
     }

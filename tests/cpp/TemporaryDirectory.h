@@ -8,6 +8,11 @@
 #include <memory>
 #include <string>
 
+/// How many files this process has open.
+inline std::ptrdiff_t openDescriptors() {
+  return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
 /// A directory of its own for a test, removed with everything in it. Of a kind that 32-bit Android
 /// has: <fstream> and <filesystem> take API 24 there.
 class TemporaryDirectory {

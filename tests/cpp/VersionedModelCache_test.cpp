@@ -6,7 +6,6 @@
 #include "delivery/ModelCache/SegmentationModelCache.h"
 #include "tests/cpp/Errors.h"
 #include "tests/cpp/ObservedStorage.h"
-#include "tests/cpp/SoftErrorRecorder.h"
 #include "tests/cpp/TemporaryDirectory.h"
 #include "tests/cpp/reading.h"
 
@@ -32,21 +31,14 @@ class VersionedModelCacheTest : public testing::Test {
         files_,
         std::make_shared<CapabilityModelTypeSerializer>(ModelTypeNames{{0, "t"}, {1, "u"}}));
   }
+  std::function<void()> add(int version, const char* type, const char* key) {
+    return [=] { cache_->addModelIfInCache(version, {type, key}); };
+  }
   void writeIndex(const CacheDescriptor& descriptor) {
     root_.write("versioned_index", CacheDescriptorSerializer().serialize(descriptor));
   }
-  /// The index in short: "1: t=a u=b; 2: t=a; "
   std::string index() {
-    const auto descriptor = CacheDescriptorSerializer().deserialize(root_.read("versioned_index"));
-    std::string text;
-    for (const VersionRecord& version : descriptor->versions) {
-      text += std::to_string(version.version) + ":";
-      for (const ModelRecord& model : version.models) {
-        text += " " + model.type + "=" + model.cacheKey;
-      }
-      text += "; ";
-    }
-    return text;
+    return meaning(*CacheDescriptorSerializer().deserialize(root_.read("versioned_index")));
   }
   /// The entries promoted since the last call.
   std::string takePromoted() {
@@ -65,12 +57,10 @@ class VersionedModelCacheTest : public testing::Test {
   std::shared_ptr<IFileCache> files_ =
       std::make_shared<FileCacheWithErrorLogging>(observedCache(root_.path(), 0, hook_));
   std::unique_ptr<VersionedModelCacheImpl> cache_ = open();
+  SegmentationModelCache segmentation_{files_};
 };
 
 TEST_F(VersionedModelCacheTest, promotesWhatItFindsAndWritesOnlyChanges) {
-  const auto add = [this](int version, const char* type, const char* key) {
-    return [=] { cache_->addModelIfInCache(version, {type, key}); };
-  };
   const struct {
     std::function<void()> call;
     std::string index, promoted;
@@ -134,7 +124,7 @@ TEST_F(VersionedModelCacheTest, allowsChangesByASoftErrorSinkDuringItsLookUps) {
 
 TEST_F(VersionedModelCacheTest, nextWriteStoresWhatAFailedWriteDidNot) {
   indexHook_ = [](auto&) { throw std::runtime_error("full"); };
-  EXPECT_THROW(cache_->addModelIfInCache(1, {"t", "a"}), std::runtime_error);
+  EXPECT_THROW(add(1, "t", "a")(), std::runtime_error);
   indexHook_ = [](auto&) {};
   EXPECT_TRUE(cache_->addModelIfInCache(2, {"t", "b"}));
   EXPECT_EQ("1: t=a; 2: t=b; ", index());
@@ -145,10 +135,7 @@ TEST_F(VersionedModelCacheTest, namesTheOperationThatFailsOnTheIndexAndCanRetryI
     std::function<void()> call;
     std::string error, unknownError;
   } cases[] = {
-      {[&] {
-         cache_->addModelIfInCache(1, {"t", "b"});
-       },
-       "Could not add model into the cache: 100%s",
+      {add(1, "t", "b"), "Could not add model into the cache: 100%s",
        "Could not add mode into the cache - unknown exception"},
       {[&] { cache_->queryEntries(1); }, "Could not query entries: 100%s",
        "Could not query entries - unknown exception"},
@@ -183,26 +170,24 @@ TEST_F(VersionedModelCacheTest, throwsIfTheFileCacheCannotHoldTheIndex) {
 }
 
 TEST_F(VersionedModelCacheTest, acceptsOnlyTypesOfItsCapability) {
-  SegmentationModelCache models(files_);
   for (const std::string type : {"SEG_INIT_NET.PB", "pdm_multires.bin", ""}) {
-    const auto add = [&] { models.addModelForVersionIfInCache(1, {"a", type}); };
+    const auto add = [&] { segmentation_.addModelForVersionIfInCache(1, {"a", type}); };
     EXPECT_EQ("Unknown serialized type: " + type, errorOf(add));
   }
 }
 
 TEST_F(VersionedModelCacheTest, trimsToAVersionOnlyIfItExists) {
-  SegmentationModelCache models(files_);
-  EXPECT_TRUE(models.addModelForVersionIfInCache(-1, {"a", "seg_init_net.pb"}));
-  EXPECT_TRUE(models.addModelForVersionIfInCache(2, {"b", "seg_predict_net.pb"}));
-  models.trimExceptVersion(7);
-  EXPECT_THAT(models.queryVersions(), ElementsAre(-1, 2));
+  EXPECT_TRUE(segmentation_.addModelForVersionIfInCache(-1, {"a", "seg_init_net.pb"}));
+  EXPECT_TRUE(segmentation_.addModelForVersionIfInCache(2, {"b", "seg_predict_net.pb"}));
+  segmentation_.trimExceptVersion(7);
+  EXPECT_THAT(segmentation_.queryVersions(), ElementsAre(-1, 2));
   auto paths = std::make_shared<SegmentationModelPaths>();
-  EXPECT_FALSE(models.hasModelsForVersion(2) || models.getModelsForVersion(2, paths));
+  EXPECT_FALSE(segmentation_.hasModelsForVersion(2) || segmentation_.getModelsForVersion(2, paths));
   EXPECT_NE(nullptr, paths) << "an incomplete version leaves it unchanged";
-  EXPECT_TRUE(models.addModelForVersionIfInCache(2, {"a", "seg_init_net.pb"}));
-  EXPECT_TRUE(models.hasModelsForVersion(2));
-  models.deleteVersion(-1);
-  EXPECT_THAT(models.queryVersions(), ElementsAre(2));
+  EXPECT_TRUE(segmentation_.addModelForVersionIfInCache(2, {"a", "seg_init_net.pb"}));
+  EXPECT_TRUE(segmentation_.hasModelsForVersion(2));
+  segmentation_.deleteVersion(-1);
+  EXPECT_THAT(segmentation_.queryVersions(), ElementsAre(2));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <map>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "delivery/FileCache/CacheMetadataSerializer.h"
 #include "delivery/ModelCache/CacheDescriptorSerializer.h"
@@ -19,15 +18,17 @@ inline auto meaning(const ICacheMetadata& metadata) {
   return records;
 }
 
-inline auto meaning(const CacheDescriptor& descriptor) {
-  std::vector<std::string> records;
+/// In short: "1: t=a u=b; 2: t=a; "
+inline std::string meaning(const CacheDescriptor& descriptor) {
+  std::string text;
   for (const VersionRecord& version : descriptor.versions) {
-    records.push_back(std::to_string(version.version));
+    text += std::to_string(version.version) + ":";
     for (const ModelRecord& model : version.models) {
-      records.push_back(model.type + '\0' + model.cacheKey);
+      text += " " + model.type + "=" + model.cacheKey;
     }
+    text += "; ";
   }
-  return records;
+  return text;
 }
 
 enum class Reading { Accepted, Refused, Wrong };
@@ -38,26 +39,25 @@ enum class Reading { Accepted, Refused, Wrong };
 template <class Serializer>
 Reading readingOf(const std::string& text) {
   Serializer serializer;
-  const std::string spaced = text.empty() ? text : " " + text;
-  try {
-    const auto document = serializer.deserialize(text);
-    const auto again = serializer.deserialize(serializer.serialize(*document));
-    const bool isSame = meaning(*again) == meaning(*document) &&
-                        meaning(*serializer.deserialize(spaced)) == meaning(*document);
-    return isSame ? Reading::Accepted : Reading::Wrong;
-  } catch (const std::runtime_error& error) {
-    // Messages end at the first zero byte.
-    const std::string expected = "Deserializing failed: '" + text + "' with exception: ";
-    if (std::string(error.what()).find(expected.c_str()) != 0) {
-      return Reading::Wrong;
+  int accepted = 0;
+  for (const std::string& each : {text, text.empty() ? text : " " + text}) {
+    try {
+      const auto document = serializer.deserialize(each);
+      const auto again = serializer.deserialize(serializer.serialize(*document));
+      if (meaning(*again) != meaning(*document) ||
+          meaning(*serializer.deserialize(text)) != meaning(*document)) {
+        return Reading::Wrong;
+      }
+      ++accepted;
+    } catch (const std::runtime_error& error) {
+      // Messages end at the first zero byte.
+      const std::string expected = "Deserializing failed: '" + each + "' with exception: ";
+      if (std::string(error.what()).find(expected.c_str()) != 0) {
+        return Reading::Wrong;
+      }
     }
   }
-  try {
-    serializer.deserialize(spaced);
-    return Reading::Wrong;
-  } catch (const std::runtime_error&) {
-    return Reading::Refused;
-  }
+  return accepted == 1 ? Reading::Wrong : accepted == 2 ? Reading::Accepted : Reading::Refused;
 }
 
 }  // namespace zentrel::vistabase::ardelivery

@@ -93,10 +93,7 @@ class FileStoreLife final : public Life {
       {"key", {Found()}}, {"a/b", {Found()}}, {"known", {Found()}}, {"large", {Found()}}};
 };
 
-using FaultyFileStoreLife = FaultyLife;
-INSTANTIATE_TEST_SUITE_P(, FaultyFileStoreLife, kEachFault);
-
-TEST_P(FaultyFileStoreLife, keepsCommittedEntriesAndTheirExtraBytes) {
+TEST(FaultyLife, keepsCommittedEntriesAndTheirExtraBytes) {
   liveWithEachFault<FileStoreLife>({});
 }
 

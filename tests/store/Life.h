@@ -13,7 +13,6 @@ namespace zentrel::vistabase::ardelivery {
 /// What happens to a call of the disk: it fails with an errno or for lack of memory; or the process
 /// ends there, so that all later calls fail too.
 enum Fault { kNone = 0, kOutOfMemory = -1, kDeath = -2 };
-const auto kEachFault = testing::Values(kNone, EIO, ENOSPC, EDQUOT, kOutOfMemory, kDeath);
 
 /// The disk states that power cuts left. Each is checked once for each expectation.
 struct CheckedStates {
@@ -36,8 +35,6 @@ class Life {
       strike(name, isChange);
     };
   }
-  Life(const Life&) = delete;
-  Life& operator=(const Life&) = delete;
   virtual ~Life() = default;
 
   virtual void live() = 0;
@@ -103,22 +100,21 @@ class Life {
   CheckedStates& states_;
 };
 
-class FaultyLife : public testing::TestWithParam<int> {
- protected:
-  /// Repeats the life with the fault in each call of the disk.
-  template <class Kind>
-  void liveWithEachFault(const Image& image) {
-    const samples::SoftErrors softErrors;
+/// Repeats the life with each fault in each call of the disk.
+template <class Kind>
+void liveWithEachFault(const Image& image) {
+  const samples::SoftErrors softErrors;
+  for (const int fault : {int{kNone}, EIO, ENOSPC, EDQUOT, int{kOutOfMemory}, int{kDeath}}) {
     CheckedStates states;
     bool hasStruck = true;
-    for (int call = 1; hasStruck && !HasFailure(); ++call) {
-      SCOPED_TRACE("call " + std::to_string(call));
-      Kind life(image, GetParam(), call, states);
+    for (int call = 1; hasStruck && !testing::Test::HasFailure(); ++call) {
+      SCOPED_TRACE("fault " + std::to_string(fault) + " in call " + std::to_string(call));
+      Kind life(image, fault, call, states);
       life.live();
       hasStruck = life.hasStruck();
     }
     std::cout << states.seen.size() << " states, " << states.leftOut << " combinations left out\n";
   }
-};
+}
 
 }  // namespace zentrel::vistabase::ardelivery

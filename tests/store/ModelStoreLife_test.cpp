@@ -109,10 +109,7 @@ class ModelStoreLife final : public Life {
   std::set<std::string> committed_;      // Digests of files that no update may list as missing.
 };
 
-using FaultyModelStoreLife = FaultyLife;
-INSTANTIATE_TEST_SUITE_P(, FaultyModelStoreLife, kEachFault);
-
-TEST_P(FaultyModelStoreLife, keepsTheActiveVersionAndCommittedFiles) {
+TEST(FaultyLife, keepsTheActiveVersionAndCommittedFiles) {
   Image image = rootWithTwoVersions();
   image["a%/b"] = bytesOf(kCapability.types()[1], 4);
   image["extra/raw"] = "of the raw file";

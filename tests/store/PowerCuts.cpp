@@ -69,15 +69,12 @@ void SimulatedDisk::noteWrite(const NodePtr& node) {
 
 void SimulatedDisk::sync(const NodePtr& node) {
   node->syncedBytes = node->bytes;
-  std::vector<Change> rest;
-  for (const Change& each : pending_) {
-    if ((each.isWrite() ? each.node : each.to ? each.to : each.from) == node) {
-      apply(each, [](Node& directory) -> Names& { return directory.syncedNames; });
-    } else {
-      rest.push_back(each);
-    }
-  }
-  pending_ = std::move(rest);
+  const auto isSynced = [&node](const Change& each) {
+    const bool isIt = (each.isWrite() ? each.node : each.to ? each.to : each.from) == node;
+    isIt ? apply(each, [](Node& directory) -> Names& { return directory.syncedNames; }) : void();
+    return isIt;
+  };
+  pending_.erase(std::remove_if(pending_.begin(), pending_.end(), isSynced), pending_.end());
 }
 
 Image SimulatedDisk::imageAfter(const std::vector<int>& choices) const {
@@ -111,17 +108,14 @@ std::uint64_t SimulatedDisk::forEachPowerCut(std::size_t mostChanges,
   const std::size_t count = pending_.size();
   const auto last = [this](std::size_t i) { return pending_[i].isWrite() ? kTorn : kLost; };
   if (count <= mostChanges) {
-    std::vector<int> choices(count, kDone);
-    for (std::size_t i = 0;;) {
-      take(imageAfter(choices));
-      for (i = 0; i < count && choices[i] == last(i); ++i) {
-        choices[i] = kDone;
+    std::vector<int> choices(count);
+    const std::function<void(std::size_t)> chooseFrom = [&](std::size_t i) {
+      for (choices[i] = kDone; choices[i] <= last(i); ++choices[i]) {
+        i + 1 < count ? chooseFrom(i + 1) : take(imageAfter(choices));
       }
-      if (i == count) {
-        return 0;
-      }
-      ++choices[i];
-    }
+    };
+    count == 0 ? take(imageAfter(choices)) : chooseFrom(0);
+    return 0;
   }
   std::uint64_t all = 1;
   for (std::size_t i = 0; i < count; ++i) {

@@ -39,8 +39,6 @@ class Child {
     }
     ::close(channel_[1]);
   }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
   ~Child() {
     ::kill(process, SIGKILL);
     int status = 0;
@@ -116,12 +114,9 @@ TEST(Processes, loseNothingThatWasCommittedWhenTheyAreKilled) {
 TEST(Processes, areToldWhoHasTheRoot) {
   const TemporaryDirectory root;
   const auto expectRefusal = [&](const std::string& holder) {
-    const auto descriptors = [] {
-      return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
-    const auto before = descriptors();
+    const auto before = openDescriptors();
     const StoreError error = errorOf([&] { FileStore::open(root / "files", 1); });
-    EXPECT_EQ(before, descriptors());
+    EXPECT_EQ(before, openDescriptors());
     EXPECT_EQ(StoreError::Reason::InUse, error.reason());
     EXPECT_THAT(error.what(), testing::HasSubstr(holder));
   };

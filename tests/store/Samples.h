@@ -11,7 +11,6 @@
 
 #include "platform/softerror/softerror.h"
 #include "store/DiskModelStore.h"
-#include "store/OpenSslDigest.h"
 #include "tests/store/SimulatedDisk.h"
 
 /// Versions to fill stores with. Each has two files of its own and shares the other two.
@@ -21,12 +20,6 @@ inline const Capability kCapability = Capability::faceTracking();
 constexpr std::int64_t kSize = 100;
 constexpr std::int64_t kVersionSize = 4 * kSize;
 constexpr std::int64_t kTwoVersions = 6 * kSize;  ///< Of two versions together.
-
-inline std::string sha256(const std::string& bytes) {
-  const auto digest = newOpenSslDigest();
-  digest->update(bytes.data(), bytes.size());
-  return digest->finish();
-}
 
 inline std::string bytesOf(const std::string& type, int version) {
   const auto& types = kCapability.types();
@@ -96,8 +89,6 @@ class SoftErrors {
     count = 0;
     softerror::setSink({[](const softerror::Report&, void*) { ++count; }});
   }
-  SoftErrors(const SoftErrors&) = delete;
-  SoftErrors& operator=(const SoftErrors&) = delete;
   ~SoftErrors() { softerror::setSink({}); }
 
   static inline std::atomic<int> count = 0;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <sstream>
 
-#include "store/OpenSslDigest.h"
 #include "store/StoreError.h"
 
 namespace zentrel::vistabase::ardelivery {
@@ -146,19 +146,15 @@ class SimulatedDirectory final : public IDirectory {
 
 SimulatedDisk::SimulatedDisk(const Image& image) : root_(newNode(true)) {
   for (const auto& [path, bytes] : image) {
-    NodePtr directory = root_;
-    std::string rest = path;
-    for (std::size_t end; (end = rest.find('/')) != std::string::npos; rest.erase(0, end + 1)) {
-      NodePtr& inside = directory->names[rest.substr(0, end)];
-      inside = inside ? inside : newNode(true);
-      directory->syncedNames = directory->names;
-      directory = inside;
+    NodePtr node = root_;
+    std::istringstream names(path);
+    for (std::string name; std::getline(names, name, '/');) {
+      NodePtr inside = node->names.count(name) != 0 ? node->names[name] : newNode(true);
+      node->names[name] = node->syncedNames[name] = inside;
+      node = std::move(inside);
     }
-    if (!rest.empty()) {
-      const NodePtr file = newNode(false);
-      file->bytes = file->syncedBytes = bytes;
-      directory->names[rest] = directory->syncedNames[rest] = file;
-    }
+    node->isDirectory = path.back() == '/';
+    node->bytes = node->syncedBytes = bytes;
   }
 }
 

@@ -8,12 +8,19 @@
 #include <string_view>
 #include <vector>
 
+#include "store/OpenSslDigest.h"
 #include "store/StoreRoot.h"
 
 namespace zentrel::vistabase::ardelivery {
 
 /// File contents by path below a root. The path of a directory ends with a slash.
 using Image = std::map<std::string, std::string>;
+
+inline std::string sha256(const std::string& bytes) {
+  const auto digest = newOpenSslDigest();
+  digest->update(bytes.data(), bytes.size());
+  return digest->finish();
+}
 
 constexpr const char* kRoot = "/root";  ///< The root of every simulated disk.
 
