@@ -229,7 +229,7 @@ void DiskModelStore::close() {
 }
 
 std::shared_ptr<const Version> DiskModelStore::find(int version) const {
-  const auto found = state_->catalog.table().find(version);
+  auto found = state_->catalog.table().find(version);
   if (!found) {
     throw std::invalid_argument(joined("no complete version ", version));
   }

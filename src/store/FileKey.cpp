@@ -59,11 +59,11 @@ std::optional<std::string> keyOfName(const std::string& name) {
     if (unit == u'%') {
       unit = 0;
       for (std::size_t digit = 0; digit < kUnitDigits; ++digit) {
-        const std::size_t value = ++i < name.size() ? kDigits.find(name[i]) : kDigits.npos;
-        if (value == kDigits.npos) {
+        const std::size_t value = ++i < name.size() ? kDigits.find(name[i]) : std::string::npos;
+        if (value == std::string::npos) {
           return std::nullopt;
         }
-        unit = static_cast<char16_t>(unit * 16u + value);
+        unit = static_cast<char16_t>(std::size_t{unit} * 16 + value);
       }
     }
     key += unit;

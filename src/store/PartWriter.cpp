@@ -233,7 +233,7 @@ void PartWriter::requireUnchanged() {
 
 void PartWriter::closePart(bool isPlaced) noexcept {
   const bool wasOpen = std::exchange(file_, nullptr) != nullptr;
-  if (wasOpen && !isPlaced && !plan_.expected) {
+  if (wasOpen && !isPlaced && !plan_.expected && !root_->isForked()) {
     try {
       root_->directory().remove(plan_.part);
     } catch (const std::exception& error) {

@@ -69,7 +69,7 @@ RootClaim::~RootClaim() {
 }
 
 RootLock::RootLock(std::shared_ptr<IDirectory> root, const std::string& path)
-    : root_(std::move(root)), claim_(root_->status(), path) {
+    : root_(std::move(root)), claim_(root_->status(), path), process_(::getpid()) {
   if (!tryLockTwice(*root_)) {
     throwInUse(path, describeHolder(*root_));
   }
@@ -87,7 +87,13 @@ void RootLock::recordHolder() {
 }
 
 RootLock::~RootLock() {
-  root_->unlock();
+  if (isHere()) {
+    root_->unlock();
+  }
+}
+
+bool RootLock::isHere() const noexcept {
+  return ::getpid() == process_;
 }
 
 std::string describeHolder(IDirectory& root) {

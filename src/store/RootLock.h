@@ -34,12 +34,15 @@ class RootLock {
   RootLock& operator=(const RootLock&) = delete;
   ~RootLock();
 
+  /// Whether this is the process that took the lock, and not one that was forked from it.
+  bool isHere() const noexcept;
   /// Writes ".lock". Best effort, since only the lock matters.
   void recordHolder();
 
  private:
   const std::shared_ptr<IDirectory> root_;
   const RootClaim claim_;  // Released after the lock.
+  const std::int64_t process_;
 };
 
 /// Names the holder of a locked root: "the process 1234 (program)", or less if that is unknown.

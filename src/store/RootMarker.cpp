@@ -21,9 +21,13 @@ bool RootContent::isCompatibleWith(const RootContent& other) const {
 }
 
 std::string RootContent::toString() const {
-  std::string text = capability ? "models of " + capability->toString() : "files";
+  if (types.empty()) {
+    return capability ? "models of " + capability->toString() : "files";
+  }
+  std::string text = "models of the types";
   for (const std::string& type : types) {
-    text = (&type == types.data() ? "models of the types " : text + ", ") + type;
+    text += &type == types.data() ? " " : ", ";
+    text += type;
   }
   return text;
 }
@@ -39,7 +43,7 @@ std::optional<RootContent> RootMarker::read(IDirectory& root) {
     return RootContent{capabilityOf(document)};
   }
   if (holds != "files") {
-    throw json::Error("holds: neither \"files\" nor \"models\"");
+    throw json::Error(R"(holds: neither "files" nor "models")");
   }
   return RootContent{};
 }

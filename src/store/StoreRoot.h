@@ -67,6 +67,8 @@ class StoreRoot {
 
   /// Throws UsageError once the root is closed.
   void requireOpen() const;
+  /// Whether this process was forked from the one that opened the root, which still has it.
+  bool isForked() const noexcept { return lock_ && !lock_->isHere(); }
 
   /// Reports a failure that was recovered from, as a soft error, at the end of this thread's
   /// StoreCall.

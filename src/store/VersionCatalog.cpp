@@ -10,7 +10,6 @@
 #include "store/VersionTableFile.h"
 #include "store/fileTrees.h"
 #include "store/noRoom.h"
-#include "store/planRoom.h"
 #include "store/recoverVersions.h"
 #include "support/util/joined.h"
 
@@ -53,13 +52,11 @@ std::shared_ptr<const Snapshot> VersionCatalog::snapshot() const {
 
 /// Checks that every file exists with its size, but not the bytes.
 bool VersionCatalog::isWhole(const Version& version) {
-  for (const VersionFile& file : version.files) {
+  const auto& files = version.files;
+  return std::all_of(files.begin(), files.end(), [this](const VersionFile& file) {
     const FileStatus status = root_.directory().status(file.name);
-    if (!status.isRegular() || status.size != file.file.sizeBytes()) {
-      return false;
-    }
-  }
-  return true;
+    return status.isRegular() && status.size == file.file.sizeBytes();
+  });
 }
 
 bool VersionCatalog::dropIncomplete() {
@@ -160,6 +157,15 @@ void VersionCatalog::setDamaged(const std::set<std::string>& names) {
   }
 }
 
+void VersionCatalog::carryOut(const RoomPlan& plan, const std::set<std::string>& kept) {
+  if (!plan.versions.empty()) {
+    remove(plan.versions, kept);
+  }
+  for (const std::string& name : plan.entries) {
+    entries_.drop(name);
+  }
+}
+
 void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
                               const std::set<std::string>& kept, Room room) {
   for (const bool isLastTry : {false, true}) {
@@ -170,12 +176,7 @@ void VersionCatalog::makeRoom(std::int64_t added, std::int64_t written,
     const std::int64_t overDisk = free < 0 ? 0 : written - free;
     const RoomPlan plan = planRoom(table_, entries_, std::max(overBudget, overDisk), kept, room);
     if (plan.bytes >= std::max(overBudget, overDisk)) {
-      if (!plan.versions.empty()) {
-        remove(plan.versions, kept);
-      }
-      for (const std::string& name : plan.entries) {
-        entries_.drop(name);
-      }
+      carryOut(plan, kept);
       return;
     }
     if (isLastTry) {

@@ -12,6 +12,7 @@
 #include "store/ModelStore.h"
 #include "store/StoreRoot.h"
 #include "store/VersionTable.h"
+#include "store/planRoom.h"
 
 namespace zentrel::vistabase::ardelivery {
 
@@ -63,6 +64,7 @@ class VersionCatalog {
   void writeIndex(const std::string& text) noexcept;
   void reread() noexcept;
   void ensureDurable();
+  void carryOut(const RoomPlan& plan, const std::set<std::string>& kept);
   void publish();
 
   StoreRoot& root_;

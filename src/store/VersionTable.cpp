@@ -139,7 +139,7 @@ VersionTable VersionTable::withActive(std::optional<int> number) const {
   return table;
 }
 
-VersionTable VersionTable::withDamaged(std::set<std::string> names) const {
+VersionTable VersionTable::withDamaged(const std::set<std::string>& names) const {
   VersionTable table = *this;
   table.damaged.clear();
   for (const std::string& name : namesWithout({})) {

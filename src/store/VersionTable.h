@@ -56,7 +56,7 @@ struct VersionTable {
   VersionTable without(const Versions& removed) const;
   VersionTable withActive(std::optional<int> number) const;
   /// Replaces the names of files with wrong bytes.
-  VersionTable withDamaged(std::set<std::string> names) const;
+  VersionTable withDamaged(const std::set<std::string>& names) const;
 
   /// Plans a version of these files, which reuse the names of existing files with the same content.
   /// Throws std::invalid_argument unless there is one of each type.

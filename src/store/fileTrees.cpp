@@ -105,6 +105,7 @@ void replaceFile(IDirectory& root, const std::string& temporary, IDirectory& dir
     if (isSynced) {
       file->sync();
     }
+    // NOLINTNEXTLINE(readability-suspicious-call-argument): from the root to the directory.
     renameOver(root, temporary, directory, name);
   } catch (...) {
     removeQuietly(root, temporary);  // Free its space on a full disk.

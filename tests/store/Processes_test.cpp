@@ -7,6 +7,7 @@
 #include "delivery/FileCache/createFileCache.h"
 #include "delivery/FileCache/recoverMetadata.h"
 #include "store/FileStore.h"
+#include "store/PosixDisk.h"
 #include "tests/cpp/Seed.h"
 #include "tests/cpp/TemporaryDirectory.h"
 #include "tests/store/Samples.h"
@@ -109,6 +110,24 @@ TEST(Processes, loseNothingThatWasCommittedWhenTheyAreKilled) {
       EXPECT_EQ(contentOf(generation), root.read("raw/" + keyOf(generation)));
     }
   }
+}
+
+TEST(Processes, keepTheirRootWhenAForkedOneDropsItsCopies) {
+  const TemporaryDirectory root;
+  auto store = FileStore::open(root.path(), 1);
+  auto out = store->write("key");
+  if (::fork() == 0) {
+    out.reset();
+    store.reset();
+    ::_exit(0);
+  }
+  ::wait(nullptr);
+  const auto directory = openPosixDirectory(root.path());
+  EXPECT_NE(std::nullopt, findHolder(*directory));
+  put(*out, "1");
+  store.reset();
+  EXPECT_EQ(std::nullopt, findHolder(*directory));
+  FileStore::open(root.path(), 1);  // Nor has the search kept the lock.
 }
 
 TEST(Processes, areToldWhoHasTheRoot) {

@@ -1,6 +1,6 @@
 #include "support/json/JsonValue.h"
 
-#include <locale.h>
+#include <locale.h>  // NOLINT(modernize-deprecated-headers): newlocale is POSIX
 #include <algorithm>
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/kind.hpp>
