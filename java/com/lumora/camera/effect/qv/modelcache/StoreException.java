@@ -92,7 +92,7 @@ public final class StoreException extends IOException {
         return mErrno;
     }
 
-    /** {@return the bytes that were needed; -1 unless there was no room} */
+    /** {@return what would be enough, of the budget or of free bytes; -1 unless there was no room} */
     public long neededBytes() {
         return mNeededBytes;
     }
