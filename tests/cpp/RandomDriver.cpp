@@ -136,7 +136,8 @@ class Driver {
     model_.stored = isThere_ ? records : model_.stored;
     if (isThere_ && records.count(name_) != 0 && stored.count(name_) != 0) {
       const std::int64_t time = stored.at(name_).second;
-      const bool isNow = time >= 1000 * start && time < 1000 * (std::time(nullptr) + 2);
+      const bool isNow =
+          time >= 1000 * start && time < 1000 * (std::int64_t{std::time(nullptr)} + 2);
       model_.stored->at(name_).second = isNow ? time : -1;
     }
     return same;
