@@ -110,9 +110,8 @@ TEST_F(OwnFiles, ofANewerReleaseAreLeftAlone) {
 TEST_F(OwnFiles, thatContradictThemselvesOrNameOtherFilesAreDamaged) {
   const std::string name = nameOf(filesOf(2)[0]), other = nameOf(filesOf(1)[0]);
   const std::string tooLong(256, 'x');
-  for (const std::string& to :
-       {std::string("../outside"), std::string("link/outside"), std::string(".lock"),
-        std::string("extra"), std::string(), other, tooLong}) {
+  for (const std::string to :
+       {"../outside", "link/outside", ".lock", "extra", "", other.c_str(), tooLong.c_str()}) {
     SCOPED_TRACE(to);
     expectRepaired(edited(kTableName, name, to), kTableName);
   }

@@ -14,8 +14,6 @@ import org.junit.jupiter.api.io.TempDir;
 
 /** Eight threads use both stores for MODELCACHE_SECONDS, while these are closed and reopened. */
 class StoreThreadsTest {
-    private static final int THREADS = 8;
-
     @TempDir File mRoot;
     private final AtomicReference<ModelStore> mModels = new AtomicReference<>();
     private final AtomicReference<FileStore> mFiles = new AtomicReference<>();
@@ -89,11 +87,11 @@ class StoreThreadsTest {
         update(mModels.get(), 0);
         String seconds = Optional.ofNullable(System.getenv("MODELCACHE_SECONDS")).orElse("3");
         long end = System.nanoTime() + TimeUnit.SECONDS.toNanos(Long.parseLong(seconds));
-        ExecutorService threads = Executors.newFixedThreadPool(THREADS);
+        ExecutorService threads = Executors.newFixedThreadPool(8);
         AtomicInteger seed = new AtomicInteger();
         try (Told told = new Told()) {
             for (Future<Void> result : threads.invokeAll(Collections.<Callable<Void>>nCopies(
-                    THREADS, () -> work(new Random(seed.getAndIncrement()), end)))) {
+                    8, () -> work(new Random(seed.getAndIncrement()), end)))) {
                 result.get();
             }
             assertEquals(Collections.emptyList(), told.messages);
