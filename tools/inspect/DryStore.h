@@ -11,9 +11,7 @@
 namespace zentrel::vistabase::ardelivery::inspect {
 
 /// A root's store, run by the library's own code without changing the disk. Throws std::exception
-/// for a root that cannot be read or that a newer release wrote.
-///
-/// Receives the library's soft errors for as long as it lives.
+/// for a root that cannot be read or that a newer release wrote. Receives soft errors as it lives.
 class DryStore {
  public:
   explicit DryStore(const std::string& path);
